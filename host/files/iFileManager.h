@@ -1,0 +1,50 @@
+// The host's file layer. Paths are wide text in this system's form; a path that begins with "Virtual:" and the
+// name of a registered provider leads to that provider.
+#pragma once
+
+#include <cstdint>
+
+#include "host/files/iFile.h"
+#include "host/object/Ptr.h"
+#include "host/text/LightweightString.h"
+
+class ZqComponentBase;
+class iFileProvider;
+
+class ZQ_API iFileManager {
+public:
+    // Result of a copy. Other values than these two are failures of the transfer.
+    enum eCopyRC : std::int32_t {
+        eCopied = 0,
+        eSourceNotOpened = 1,
+    };
+    // Told of bytes done and bytes in all.
+    struct ProgressCallback {
+        void (*function)(void* context, std::uint64_t done, std::uint64_t total) = nullptr;
+        void* context = nullptr;
+    };
+
+    virtual ~iFileManager();
+
+    // Thread: any, for all of these.
+    [[nodiscard]] virtual bool fileExists(WideString const& path) = 0;
+    // True when no such file exists any more.
+    virtual bool deleteFile(WideString const& path) = 0;
+    // Makes the folder and those above it; true when it is there afterwards.
+    virtual bool createDirectory(WideString const& path) = 0;
+    // A new or emptied file; null when it cannot be written. The four integers are access, sharing, and two
+    // hints; (2, 1, 0, 0) is write, others may read.
+    [[nodiscard]] virtual Zq::Ptr<iFile> openForWrite(WideString const& path, int access, int sharing, int hint,
+                                                      int further) = 0;
+    [[nodiscard]] virtual wchar_t pathSeparator() const = 0;
+    // Name of the host application, as a person reads it.
+    [[nodiscard]] virtual WideString getHostName() const = 0;
+
+    // Paths that begin with the provider's name go to it from now on. The provider stays its owner's; a
+    // plug-in has the host forget it before it ends.
+    virtual void registerProvider(iFileProvider& provider) = 0;
+    // Forgets the providers that are part of this component of a plug-in.
+    virtual void forgetProvidersOf(ZqComponentBase& component) = 0;
+    // The provider of a virtual path; null where there is none.
+    [[nodiscard]] virtual iFileProvider* findProvider(WideString const& path) = 0;
+};

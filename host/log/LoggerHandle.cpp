@@ -1,0 +1,3 @@
+#include "host/log/LoggerHandle.h"
+
+LoggerBase::~LoggerBase() = default;

@@ -1,0 +1,62 @@
+#include "host/modules/ZqPluginBase.h"
+
+#include <exception>
+#include <utility>
+
+#include "host/HostServices.h"
+#include "host/files/iFileManager.h"
+#include "host/log/Log.h"
+
+ZqPluginBase::ZqPluginBase(PluginCategory category, NarrowString version, NarrowString name)
+    : category_(category), version_(std::move(version)), name_(std::move(name)) {}
+
+ZqPluginBase::~ZqPluginBase() {
+    try {
+        closedown();
+    } catch (...) {
+        Log("%s : a component could not be freed", name_.c_str());
+    }
+}
+
+void ZqPluginBase::postLoadInitialization() { loaded = 1; }
+
+void ZqPluginBase::postEnumerationInitialization() {}
+
+void ZqPluginBase::preUnloadDeinitialization() {
+    loaded = 0;
+    closedown();
+}
+
+void ZqPluginBase::enable() { enabled_ = true; }
+
+void ZqPluginBase::disable() { enabled_ = false; }
+
+void ZqPluginBase::registerComponent(ZqComponentBase* component) {
+    if (component != nullptr) {
+        components_.push_back(component);
+    }
+}
+
+void ZqPluginBase::closedown() {
+    std::exception_ptr first;
+    while (!components_.empty()) {
+        ZqComponentBase* const component = components_.back();
+        components_.pop_back();
+        // A resource registers its provider part by itself and never takes it back.
+        if (iFileManager* const files = installedHost().files) {
+            files->forgetProvidersOf(*component);
+        }
+        try {
+            delete component;
+        } catch (...) {
+            if (!first) {
+                first = std::current_exception();
+            }
+        }
+    }
+    if (first) {
+        std::rethrow_exception(first);
+    }
+}
+
+ZqDeviceDriverBase::~ZqDeviceDriverBase() = default;

@@ -1,0 +1,6 @@
+#include "host/object/ExtIDMgr.h"
+
+ExtIDMgr& ExtIDMgr::instance() {
+    static ExtIDMgr manager;
+    return manager;
+}

@@ -1,0 +1,5 @@
+#include "host/object/iObject.h"
+
+iVirtual::~iVirtual() = default;
+Zq::InternalRefCount::~InternalRefCount() = default;
+iObject::~iObject() = default;

@@ -1,0 +1,9 @@
+#include "host/parameters/iParam.h"
+
+namespace GenericParam {
+
+iValueChangeHandler::~iValueChangeHandler() = default;
+iValueConstraint::~iValueConstraint() = default;
+iParam::~iParam() = default;
+
+} // namespace GenericParam

@@ -1,0 +1,4 @@
+#include "host/picture/iHostImage.h"
+
+iHostImage::~iHostImage() = default;
+iImageDecoder::~iImageDecoder() = default;
