@@ -1,0 +1,209 @@
+#include "repository/MediaFileRepositoryBase.h"
+
+#include <string_view>
+
+#include "host/HostServices.h"
+#include "host/files/Paths.h"
+#include "host/files/iCacheStore.h"
+#include "host/os/OS.h"
+#include "host/preferences/EditorPreferences.h"
+
+namespace {
+
+// Space, tab, line breaks, and the spaces that other keyboards type.
+constexpr std::wstring_view blanks = L" \t\n\v\f\r\u00a0\u3000";
+
+// FNV-1a over the ids in their order, each followed by a mark that no id contains.
+std::uint64_t digestOf(std::set<WideString> const& ids) {
+    std::uint64_t digest = 0xcbf29ce484222325U;
+    auto const take = [&digest](std::uint32_t value) {
+        digest ^= value;
+        digest *= 0x100000001b3U;
+    };
+    for (WideString const& id : ids) {
+        for (wchar_t const unit : id) {
+            take(static_cast<std::uint32_t>(unit));
+        }
+        take(0xffffffffU);
+    }
+    return digest;
+}
+
+// A page without anything in it may be a failure, which the next try should not inherit.
+bool mayBeFailure(SearchResults const& results) {
+    return results.assets.empty() && results.totalCount == 0;
+}
+
+// Text of the service as part of a line: what would end or disguise the line becomes a blank.
+WideString onOneLine(WideString const& text) {
+    WideString line;
+    for (wchar_t const unit : text) {
+        bool const control = unit < 0x20 || (unit >= 0x7f && unit < 0xa0) || unit == 0x2028 || unit == 0x2029;
+        line.append(control ? L' ' : unit);
+    }
+    return line;
+}
+
+} // namespace
+
+MediaFileRepositoryBase::MediaFileRepositoryBase() = default;
+MediaFileRepositoryBase::~MediaFileRepositoryBase() = default;
+
+void MediaFileRepositoryBase::disconnect() {
+    ServiceConnection.setServer({});
+    searchResultCache.clear();
+}
+
+bool MediaFileRepositoryBase::isConnected() const {
+    return ServiceConnection.hasServer();
+}
+
+SearchResultCache::Key MediaFileRepositoryBase::makeKey(SearchResultCache::Kind kind, WideString const& text,
+                                                        std::uint16_t page, std::uint16_t pageSize) const {
+    return {.kind = kind,
+            .text = text,
+            .page = page,
+            .pageSize = pageSize,
+            .user = signedInUser,
+            .connection = ServiceConnection.getConnectionNumber(),
+            .purchases = digestOf(purchasedIds),
+            .preferences = prefs().revision()};
+}
+
+SearchResults MediaFileRepositoryBase::search(SearchQuery const& query) {
+    // The key is taken before the search: an option that changes while the search runs makes another key.
+    SearchResultCache::Key const key =
+        makeKey(SearchResultCache::Kind::search, getSearchPattern(query), query.page, query.pageSize);
+    if (std::optional<SearchResults> known = searchResultCache.find(key)) {
+        return *std::move(known);
+    }
+    std::uint64_t const generation = searchResultCache.generation();
+    SearchResults results = searchInternal(query);
+    if (!mayBeFailure(results)) {
+        searchResultCache.store(key, results, generation);
+    }
+    return results;
+}
+
+SearchResults MediaFileRepositoryBase::getFiles(BrowseQuery const& query, bool refresh) {
+    SearchResultCache::Key const key =
+        makeKey(SearchResultCache::Kind::place, query.path, query.page, query.pageSize);
+    if (!refresh) {
+        if (std::optional<SearchResults> known = searchResultCache.find(key)) {
+            return *std::move(known);
+        }
+    }
+    std::uint64_t const generation = searchResultCache.generation();
+    SearchResults results = getFilesInternal(query);
+    if (!mayBeFailure(results)) {
+        searchResultCache.store(key, results, generation);
+    }
+    return results;
+}
+
+SearchResults MediaFileRepositoryBase::getFilesInternal(BrowseQuery const& query) {
+    if (!query.path.isEmpty()) {
+        return {};
+    }
+    SearchQuery everything;
+    everything.page = query.page;
+    everything.pageSize = query.pageSize;
+    return searchInternal(everything);
+}
+
+Zq::Ptr<iHostImage> MediaFileRepositoryBase::getThumbnail(RemoteAsset const& asset) {
+    if (installedHost().images == nullptr) {
+        return {};
+    }
+    if (WideString const cached = Thumbnails::find(getRemoteLocation(asset, eThumbnail)); !cached.isEmpty()) {
+        if (Zq::Ptr<iHostImage> image = Thumbnails::decode(cached)) {
+            return image;
+        }
+    }
+    return Thumbnails::decode(downloadThumbnail(asset));
+}
+
+WideString MediaFileRepositoryBase::downloadThumbnail(RemoteAsset const& asset) {
+    WideString const address = getRemoteLocation(asset, eThumbnail);
+    return address.isEmpty() ? WideString() : thumbnails_.fetch(address, parseURI(address));
+}
+
+void MediaFileRepositoryBase::thumbInit() {
+    iCacheStore* const cache = installedHost().cache;
+    partialFolder = cache != nullptr ? cache->partialFolder() : WideString();
+}
+
+EditModifier MediaFileRepositoryBase::openEdit(RemoteAsset const& asset, eOpenFlags) {
+    return createEdit(asset);
+}
+
+ContainerModifier<Document> MediaFileRepositoryBase::openDocument(RemoteAsset const&) {
+    return {};
+}
+
+Cookie MediaFileRepositoryBase::findLocalItem(RemoteAsset const&) {
+    return {};
+}
+
+ImportResult MediaFileRepositoryBase::import(LightweightVector<RemoteAsset> const& assets, LoggerHandle log) {
+    ImportResult result;
+    for (RemoteAsset const& asset : assets) {
+        result.failedIds.push_back(asset.id);
+        log.write(getShortName() + L" " + onOneLine(asset.id) + L" could not be imported.",
+                  LoggerBase::eTransferFailed);
+    }
+    return result;
+}
+
+Zq::Ptr<Zq::Guard> MediaFileRepositoryBase::addListener(Zq::Ptr<Listener> const& listener) {
+    return notifier.addListener(listener);
+}
+
+// The pages may name edits of the project by their cookies.
+void MediaFileRepositoryBase::handleProjectExit() {
+    searchResultCache.clear();
+}
+
+bool MediaFileRepositoryBase::isPurchased(RemoteAsset const& asset) const {
+    return purchasedIds.contains(asset.id);
+}
+
+WideString MediaFileRepositoryBase::getSearchPattern(SearchQuery const& query) {
+    std::wstring_view const words = query.words.view();
+    std::size_t const first = words.find_first_not_of(blanks);
+    if (first == std::wstring_view::npos) {
+        return {};
+    }
+    return WideString(words.substr(first, words.find_last_not_of(blanks) - first + 1));
+}
+
+ParsedURI MediaFileRepositoryBase::parseURI(WideString const& address) const {
+    return ParsedURI::parse(address);
+}
+
+WideString MediaFileRepositoryBase::getLocalMediaLocation(RemoteAsset const& asset,
+                                                          eMediaType mediaKind) const {
+    if (mediaKind == eThumbnail) {
+        return Thumbnails::find(getRemoteLocation(asset, eThumbnail));
+    }
+    if (mediaKind != ePreview || partialFolder.isEmpty()) {
+        return {};
+    }
+    ParsedURI const place =
+        parseURI(asset.proxyLocation.isEmpty() ? getRemoteLocation(asset, ePreview) : asset.proxyLocation);
+    if (!place.valid()) {
+        return {};
+    }
+    return partialFolder + OS().fileManager().pathSeparator() +
+           stripPathAndExt(fixForeignOSFileName(place.path)) + L".partial";
+}
+
+WideString MediaFileRepositoryBase::getDownloadFolder() const {
+    return partialFolder;
+}
+
+WideString MediaFileRepositoryBase::remoteToVirtualLocal(WideString const& address) const {
+    return providerPointer != nullptr ? providerPointer->makeVirtualPath(address) : WideString();
+}
+
+void MediaFileRepositoryBase::analyse(RemoteAsset const&) const {}

@@ -1,0 +1,31 @@
+#include "repository/iFileProvider.h"
+
+iFileProvider::~iFileProvider() = default;
+
+std::uint64_t iFileProvider::getFileSize(WideString const& path) {
+    Zq::Ptr<iFile> const file = openFile(path, 1, 0, 4, 0);
+    return file ? file->getSize() : 0;
+}
+
+std::int32_t iFileProvider::getFileKind(WideString const& path) { return getFileInfo(path).kind; }
+
+FileInfo iFileProvider::getFileInfo(WideString const& path) {
+    FileInfo info;
+    info.path = path;
+    info.size = getFileSize(path);
+    return info;
+}
+
+bool iFileProvider::isWritable() const { return false; }
+WideString iFileProvider::getProviderName() const { return {}; }
+
+WideString iFileProvider::makeVirtualPath(WideString const& location) const {
+    WideString path(L"Virtual:");
+    path += getProviderName();
+    path += L' ';
+    path += location;
+    return path;
+}
+
+bool iFileProvider::isTemporary() const { return false; }
+void iFileProvider::handleFolderChange() {}
