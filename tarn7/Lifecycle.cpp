@@ -1,0 +1,26 @@
+// How a Tarn7Resource comes to life.
+
+#include "host/files/iFileManager.h"
+#include "host/object/ExtIDMgr.h"
+#include "host/os/OS.h"
+#include "host/preferences/EditorPreferences.h"
+#include "tarn7/Tarn7Resource.h"
+
+namespace {
+
+// "TRN7", the first character in the lowest byte.
+constexpr std::uint32_t resourceTag = 0x374e5254;
+
+} // namespace
+
+Tarn7Resource::Tarn7Resource() : ZqResourceTypeBase("Tarn7", ZqResourceType::mediaFileRepository, resourceTag) {
+    ExtIDMgr::instance(); // exists from here on; relinking relies on it
+    digestService = OSPrivate().security().getHash();
+    OS().fileManager().registerProvider(*this);
+    providerPointer = this;
+    thumbInit();
+    hqProxies = prefs().getPreference("T7 HQ Proxies", true);
+}
+
+// Nothing is sent to the service, and the host forgets the provider by itself.
+Tarn7Resource::~Tarn7Resource() = default;
