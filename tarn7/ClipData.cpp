@@ -6,7 +6,9 @@
 
 namespace {
 
-std::uint32_t cacheKey(WideString const& id) { return static_cast<std::uint32_t>(Zq::IntFromWString(id, 0)); }
+std::uint32_t cacheKey(WideString const& id) {
+    return static_cast<std::uint32_t>(Zq::IntFromWString(id, 0));
+}
 
 } // namespace
 
@@ -50,9 +52,9 @@ void Tarn7Resource::getClipData(LightweightVector<RemoteAsset>& assets) {
             if (!clip) {
                 continue;
             }
-            Tarn7ClipData const data{
-                frameRateFromText(clip->getWString("pim_aut_fps_real")),
-                static_cast<double>(tarn7::milliseconds(*clip, "pim_aut_duration_ms")) / 1000.0};
+            Tarn7ClipData const data{frameRateFromText(clip->getWString("pim_aut_fps_real")),
+                                     static_cast<double>(tarn7::milliseconds(*clip, "pim_aut_duration_ms")) /
+                                         1000.0};
             clipCache.try_emplace(cacheKey(commands[i].getWString("itemid")), data);
         }
     }

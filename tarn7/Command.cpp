@@ -22,7 +22,9 @@ void Tarn7Resource::Command::addNumber(NarrowString const& key, std::int32_t val
     appendNumber(key.view(), value);
 }
 
-void Tarn7Resource::Command::addFlag(NarrowString const& key, bool value) { appendFlag(key.view(), value); }
+void Tarn7Resource::Command::addFlag(NarrowString const& key, bool value) {
+    appendFlag(key.view(), value);
+}
 
 void Tarn7Resource::Command::writeTo(JSON::Builder& builder) const {
     // The builder takes keys that end in a terminator; those of the lists do not.

@@ -21,7 +21,8 @@ struct CodecName {
     char code[5];
 };
 
-// The first row that fits counts. Bare names stand for one variant on purpose: "prores" for apch, "DV" for dv50.
+// The first row that fits counts. Bare names stand for one variant on purpose: "prores" for apch, "DV" for
+// dv50.
 constexpr CodecName codecNames[] = {
     {Match::exact, "dvc", "dvc "},
     {Match::exact, "MotionJPEG A", "mjpa"},
@@ -99,7 +100,9 @@ VideoStandard const& videoStandard(JSON::Element const& item) {
     return found != std::end(videoStandards) ? *found : otherStandard;
 }
 
-bool isFourByThree(JSON::Element const& item) { return item.getStringView("ar") == "4:3"; }
+bool isFourByThree(JSON::Element const& item) {
+    return item.getStringView("ar") == "4:3";
+}
 
 WideString sizeText(std::int32_t width, std::int32_t height) {
     if (height == 2160 && (width == 4096 || width == 3840)) {
@@ -165,8 +168,8 @@ ShotVideoMetadata Tarn7Resource::getVideoMetadata(RemoteAsset const& asset) {
     std::int32_t const height = tarn7::numberMember(item, "oy");
     std::int32_t const width = tarn7::numberMember(item, "ox");
     Format const format = getImageFormat(item);
-    auto const aspect = isFourByThree(item) ? Zq::Image::AspectRatio::fourByThree
-                                            : Zq::Image::AspectRatio::sixteenByNine;
+    auto const aspect =
+        isFourByThree(item) ? Zq::Image::AspectRatio::fourByThree : Zq::Image::AspectRatio::sixteenByNine;
     ScanMode const scan = videoStandard(item).scan;
 
     std::vector<Zq::DigitalVideoFormats::DigitalVideoFormatInfo> matching;

@@ -12,8 +12,9 @@
 RepositoryDescription Tarn7Resource::getDescription() const {
     RepositoryDescription description = newDescription();
     description.name = L"Tarn7";
-    description.summary = L"Bring your vision to life, without compromise.  Find inspiration by searching the "
-                          L"largest library of royalty-free HD and 4k stock video.";
+    description.summary =
+        L"Bring your vision to life, without compromise.  Find inspiration by searching the "
+        L"largest library of royalty-free HD and 4k stock video.";
     WideString const terms = HTMLUtils::makeLink(L"Terms of Service", addPartnerTags(Tarn7TermsURL));
     description.legalNotice =
         HTMLUtils::addParagraphTags(HTMLUtils::incidentalText(L"All Tarn7 clips are subject to the " + terms),
@@ -29,7 +30,9 @@ RepositoryDescription Tarn7Resource::getDescription() const {
     return description;
 }
 
-WideString Tarn7Resource::getShortName() const { return L"T7"; }
+WideString Tarn7Resource::getShortName() const {
+    return L"T7";
+}
 
 WideString Tarn7Resource::titleCaseHostName() {
     WideString name;

@@ -13,7 +13,8 @@ constexpr std::uint32_t resourceTag = 0x374e5254;
 
 } // namespace
 
-Tarn7Resource::Tarn7Resource() : ZqResourceTypeBase("Tarn7", ZqResourceType::mediaFileRepository, resourceTag) {
+Tarn7Resource::Tarn7Resource()
+    : ZqResourceTypeBase("Tarn7", ZqResourceType::mediaFileRepository, resourceTag) {
     ExtIDMgr::instance(); // exists from here on; relinking relies on it
     digestService = OSPrivate().security().getHash();
     OS().fileManager().registerProvider(*this);

@@ -24,7 +24,9 @@ WideString remoteName(WideString const& id, wchar_t const* ending) {
 
 } // namespace
 
-WideString Tarn7Resource::getFileExtension() const { return L"mov"; }
+WideString Tarn7Resource::getFileExtension() const {
+    return L"mov";
+}
 
 // The service has no address for bought media: every kind but the thumbnail leads to the preview.
 WideString Tarn7Resource::getRemoteLocation(RemoteAsset const& asset, eMediaType mediaKind) const {

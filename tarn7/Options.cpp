@@ -58,7 +58,8 @@ LightweightVector<SearchOptionGroup> Tarn7Resource::getSearchOptions() {
     Filter const filters[] = {
         {tarn7::pricePreference, "price", 13652, tarn7::Tarn7PriceChoices, &Tarn7Resource::handlePriceChange},
         {tarn7::heightPreference, "size", 13653, tarn7::Tarn7HeightChoices, &Tarn7Resource::handleSizeChange},
-        {tarn7::lengthPreference, "len", 13654, tarn7::Tarn7LengthChoices, &Tarn7Resource::handleLengthChange},
+        {tarn7::lengthPreference, "len", 13654, tarn7::Tarn7LengthChoices,
+         &Tarn7Resource::handleLengthChange},
     };
 
     SearchOptionGroup filterGroup;

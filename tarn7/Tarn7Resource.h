@@ -9,8 +9,8 @@
 #include <cstdint>
 #include <map>
 
-#include "host/network/OSPrivate.h"
 #include "host/modules/ZqComponentBase.h"
+#include "host/network/OSPrivate.h"
 #include "host/picture/ShotVideoMetadata.h"
 #include "host/tasks/CriticalSection.h"
 #include "repository/MediaFileRepositoryBase.h"
@@ -100,7 +100,8 @@ public:
 protected:
     [[nodiscard]] WideString getFileExtension() const override;
     [[nodiscard]] WideString getRemoteLocation(RemoteAsset const& asset, eMediaType mediaKind) const override;
-    [[nodiscard]] WideString getLocalMediaLocation(RemoteAsset const& asset, eMediaType mediaKind) const override;
+    [[nodiscard]] WideString getLocalMediaLocation(RemoteAsset const& asset,
+                                                   eMediaType mediaKind) const override;
     [[nodiscard]] EditModifier createEdit(RemoteAsset const& asset) override;
     [[nodiscard]] SearchResults searchInternal(SearchQuery const& query) override;
 

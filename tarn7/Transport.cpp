@@ -20,8 +20,8 @@ std::int32_t Tarn7Resource::connect(HTTPConnectionInfo const& info, LoggerHandle
 
 WideString Tarn7Resource::signedHash(WideString const& text) const {
     NarrowString bytes = toUTF8(text);
-    bytes.reserve(bytes.length() + static_cast<std::uint32_t>(std::size(Tarn7HashSalt) +
-                                                              std::size(Tarn7HashPepper)));
+    bytes.reserve(bytes.length() +
+                  static_cast<std::uint32_t>(std::size(Tarn7HashSalt) + std::size(Tarn7HashPepper)));
     bytes += Tarn7HashSalt;
     bytes += Tarn7HashPepper;
     return digestService ? digestService->computeHash(bytes.c_str(), bytes.length()) : WideString();
@@ -60,7 +60,9 @@ Tarn7Resource::Response Tarn7Resource::sendCommands(LightweightVector<Command> c
     return reply ? JSON::parse(reply->getBody()) : Response();
 }
 
-Tarn7Resource::Response Tarn7Resource::sendCommand(Command const& command) { return sendCommands({command}); }
+Tarn7Resource::Response Tarn7Resource::sendCommand(Command const& command) {
+    return sendCommands({command});
+}
 
 Tarn7Resource::Response Tarn7Resource::commandReply(Response const& response, std::uint16_t index) {
     Response const replies = JSON::orEmpty(response).getChild("commands");

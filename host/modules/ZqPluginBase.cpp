@@ -44,15 +44,13 @@ void ZqPluginBase::closedown() {
         components_.pop_back();
         // A resource registers its provider part by itself and never takes it back.
         if (iFileManager* const files = installedHost().files) {
-            files->forgetProvidersOf(*component);
-        }
-        try {
-            delete component;
-        } catch (...) {
-            if (!first) {
+            try {
+                files->forgetProvidersOf(*component);
+            } catch (...) {
                 first = std::current_exception();
             }
         }
+        delete component;
     }
     if (first) {
         std::rethrow_exception(first);

@@ -40,7 +40,7 @@ protected:
     // Takes ownership of a component. Null is taken as "could not be made" and leaves the list as it is.
     void registerComponent(ZqComponentBase* component);
     // Destroys the components, last registered first, after the file layer has forgotten those that provide
-    // files. A destructor's exception passes on when all are destroyed.
+    // files. An exception of the file layer passes on when all are destroyed.
     void closedown();
 
     std::uint8_t loaded = 0; // 1 from postLoadInitialization to preUnloadDeinitialization

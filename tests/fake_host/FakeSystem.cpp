@@ -1,5 +1,7 @@
 #include "tests/fake_host/FakeSystem.h"
 
+#include <stdexcept>
+
 #include "host/modules/ZqComponentBase.h"
 #include "host/text/Numbers.h"
 
@@ -73,6 +75,9 @@ Zq::Ptr<iFile> FileManager::openForWrite(WideString const& path, int, int, int, 
 }
 
 void FileManager::forgetProvidersOf(ZqComponentBase& component) {
+    if (throwOnForgetting) {
+        throw std::runtime_error("the file layer has failed");
+    }
     std::erase_if(providers, [&component](iFileProvider* provider) {
         return dynamic_cast<ZqComponentBase*>(provider) == &component;
     });

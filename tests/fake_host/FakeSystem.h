@@ -43,6 +43,7 @@ public:
     WideString hostName = L"zq host";
     std::vector<iFileProvider*> providers;
     bool refuseWriting = false;
+    bool throwOnForgetting = false;
     std::shared_ptr<Disk> disk = std::make_shared<Disk>();
 };
 

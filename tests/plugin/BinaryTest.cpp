@@ -1,0 +1,155 @@
+// The built module as a host meets it: what it exports, what it needs, and that it really leaves.
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <set>
+#include <sstream>
+#include <string>
+#include <thread>
+
+#include <dlfcn.h>
+
+#include "host/modules/ModuleThreads.h"
+#include "host/modules/PluginEntry.h"
+#include "host/modules/ZqPluginBase.h"
+#include "repository/iMediaFileRepository.h"
+#include "tests/fake_host/FakeHost.h"
+
+namespace {
+
+// Paths come from the build.
+std::string const modulePath = ZQ_MODULE_PATH;
+
+std::string outputOf(std::string const& command) {
+    std::unique_ptr<FILE, int (*)(FILE*)> const pipe(popen(command.c_str(), "r"), &pclose);
+    std::string output;
+    std::array<char, 4096> buffer{};
+    while (pipe != nullptr && std::fgets(buffer.data(), buffer.size(), pipe.get()) != nullptr) {
+        output += buffer.data();
+    }
+    return output;
+}
+
+bool isMapped(std::string const& fileName) {
+    std::ifstream maps("/proc/self/maps");
+    std::string line;
+    while (std::getline(maps, line)) {
+        if (line.find(fileName) != std::string::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::size_t mappings() {
+    std::ifstream maps("/proc/self/maps");
+    std::string line;
+    std::size_t count = 0;
+    while (std::getline(maps, line)) {
+        ++count;
+    }
+    return count;
+}
+
+struct CloseModule {
+    void operator()(void* module) const { dlclose(module); }
+};
+using Module = std::unique_ptr<void, CloseModule>;
+
+Module open() {
+    return Module(dlopen(modulePath.c_str(), RTLD_NOW | RTLD_LOCAL));
+}
+
+PluginEntry entryOf(Module const& module) {
+    return reinterpret_cast<PluginEntry>(dlsym(module.get(), pluginEntryName));
+}
+
+TEST(Binary, ExportsOneSymbol) {
+    std::istringstream symbols(outputOf("nm -D --defined-only '" + modulePath + "'"));
+    std::set<std::string> names;
+    std::string line;
+    while (std::getline(symbols, line)) {
+        names.insert(line.substr(line.rfind(' ') + 1));
+    }
+    EXPECT_EQ(names, std::set<std::string>{"zqPluginInstance"});
+}
+
+TEST(Binary, NeedsTheHostLibraryAndTheRuntimeAlone) {
+    std::istringstream entries(outputOf("readelf -d '" + modulePath + "'"));
+    // The sanitizers' own runtime is a tool of the test build, not of the module.
+    std::set<std::string> const allowed{"libzqhost.so.0", "libstdc++.so.6", "libgcc_s.so.1", "libc.so.6",
+                                        "libm.so.6",      "libasan.so.8",   "libubsan.so.1", "libtsan.so.2"};
+    bool needsHost = false;
+    std::string line;
+    while (std::getline(entries, line)) {
+        if (line.find("(NEEDED)") == std::string::npos) {
+            continue;
+        }
+        std::size_t const start = line.find('[') + 1;
+        std::string const name = line.substr(start, line.find(']') - start);
+        EXPECT_TRUE(allowed.contains(name)) << name;
+        needsHost = needsHost || name == "libzqhost.so.0";
+    }
+    EXPECT_TRUE(needsHost);
+}
+
+TEST(Binary, LoadsAsAnEditorLoadsIt) {
+    fake::Host host;
+    Module const module = open();
+    ASSERT_NE(module, nullptr) << dlerror();
+    PluginEntry const entry = entryOf(module);
+    ASSERT_NE(entry, nullptr);
+    ZqPluginBase* plugin = nullptr;
+    EXPECT_EQ(entry(&plugin), 0);
+    ASSERT_NE(plugin, nullptr);
+    plugin->postLoadInitialization();
+    EXPECT_EQ(entry(&plugin), 1);
+    ASSERT_EQ(plugin->getComponents().size(), 1U);
+    auto* const repository = dynamic_cast<iMediaFileRepository*>(plugin->getComponents().front());
+    ASSERT_NE(repository, nullptr) << "the contract's types are one across the module's border";
+    EXPECT_EQ(repository->getName(), L"Tarn7");
+    plugin->preUnloadDeinitialization();
+}
+
+TEST(Binary, ThreadsComeAndGoWhileTheModuleIsLoaded) {
+    fake::Host host;
+    Module module = open();
+    ASSERT_NE(module, nullptr);
+    std::thread([] { Zq::ThreadAttachment const attachment; }).join();
+    std::thread([&module] {
+        Zq::ThreadAttachment const attachment; // ends after the module has gone
+        module.reset();
+    }).join();
+    EXPECT_FALSE(Zq::takeRefusal());
+}
+
+TEST(Binary, LeavesTheProcessOnEachOfAThousandUnloads) {
+    fake::Host host;
+    std::string const fileName = std::filesystem::path(modulePath).filename();
+    std::size_t mappingsAfterFirst = 0;
+    for (int round = 0; round < 1000; ++round) {
+        {
+            Module const module = open();
+            ASSERT_NE(module, nullptr) << dlerror();
+            ZqPluginBase* plugin = nullptr;
+            entryOf(module)(&plugin);
+            ASSERT_NE(plugin, nullptr);
+            plugin->postLoadInitialization();
+            ASSERT_TRUE(isMapped(fileName));
+            plugin->preUnloadDeinitialization();
+        }
+        ASSERT_FALSE(isMapped(fileName)) << "round " << round;
+        if (round == 10) {
+            mappingsAfterFirst = mappings();
+        }
+    }
+    EXPECT_LE(mappings(), mappingsAfterFirst + 8) << "the memory map does not grow";
+    EXPECT_TRUE(host.files.providers.empty());
+}
+
+} // namespace
