@@ -3,6 +3,9 @@
 include(GoogleTest)
 find_package(GTest REQUIRED)
 
+# What runs in parallel, and so under ThreadSanitizer too: the tests with the label "parallel".
+add_custom_target(zq_parallel_tests)
+
 # zq_add_tests(NAME SOURCES ... LIBRARIES ... [LABELS ...] [ENVIRONMENT ...] [TIMEOUT seconds])
 # builds one GoogleTest executable and hands each of its cases to CTest.
 function(zq_add_tests name)
@@ -21,6 +24,9 @@ function(zq_add_tests name)
     list(APPEND properties ENVIRONMENT "${arg_ENVIRONMENT}")
   endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
+  if("parallel" IN_LIST arg_LABELS)
+    add_dependencies(zq_parallel_tests ${name})
+  endif()
   foreach(source IN LISTS arg_SOURCES)
     get_filename_component(path "${source}" ABSOLUTE)
     set_property(GLOBAL APPEND PROPERTY ZQ_REGISTERED_TEST_SOURCES "${path}")

@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# Installs what this project needs on Debian 12: every package that it builds, runs or tests with stands here.
+#
+# usage: scripts/setup.sh run|test
+# Does nothing, and needs neither network nor rights, when all packages are there.
+set -euo pipefail
+
+run_packages=(
+  build-essential cmake ninja-build pkg-config ca-certificates
+  libcurl4-openssl-dev libssl-dev libsimdjson-dev libsqlite3-dev libspdlog-dev libtomlplusplus-dev
+  libcli11-dev libcpp-httplib-dev libjpeg-dev libpng-dev
+  libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libswresample-dev ffmpeg
+)
+# nlohmann-json3-dev is a second reader of JSON for tests and benchmarks, curl the one that we are measured against.
+test_packages=(libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev binutils curl)
+
+case "${1:-}" in
+  run) packages=("${run_packages[@]}") ;;
+  test) packages=("${run_packages[@]}" "${test_packages[@]}") ;;
+  *) echo "usage: scripts/setup.sh run|test" >&2; exit 2 ;;
+esac
+
+installed=$(dpkg-query -W -f '${db:Status-Abbrev} ${Package}\n' 2>/dev/null | sed -n 's/^ii  *//p' | sort -u)
+missing=$(comm -23 <(printf '%s\n' "${packages[@]}" | sort -u) <(printf '%s\n' "$installed"))
+[ -n "$missing" ] || exit 0
+
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+  command -v sudo >/dev/null || { printf 'Please install, as root:\n%s\n' "$missing" >&2; exit 1; }
+  as_root=(sudo)
+fi
+echo "Installing: ${missing//$'\n'/ }" >&2
+export DEBIAN_FRONTEND=noninteractive
+"${as_root[@]}" apt-get update -qq
+# shellcheck disable=SC2086 -- one word a package
+"${as_root[@]}" apt-get install -y -qq --no-install-recommends $missing >/dev/null
