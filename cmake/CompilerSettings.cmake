@@ -20,7 +20,7 @@ endif()
 add_library(zq_settings INTERFACE)
 target_compile_options(zq_settings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
-  -Woverloaded-virtual -Wold-style-cast -Wnull-dereference -Wformat=2 -Werror
+  -Woverloaded-virtual -Wold-style-cast -Wformat=2 -Werror
   # A unique symbol would pin the module in memory for the life of the process.
   $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
 target_include_directories(zq_settings INTERFACE "${PROJECT_SOURCE_DIR}")

@@ -34,7 +34,7 @@ bool mayBeFailure(SearchResults const& results) {
     return results.assets.empty() && results.totalCount == 0;
 }
 
-// Text of the service as part of a line: what would end or disguise the line becomes a blank.
+// Text of the service as part of a line: what would end the line becomes a blank.
 WideString onOneLine(WideString const& text) {
     WideString line;
     for (wchar_t const unit : text) {
@@ -159,11 +159,6 @@ Zq::Ptr<Zq::Guard> MediaFileRepositoryBase::addListener(Zq::Ptr<Listener> const&
     return notifier.addListener(listener);
 }
 
-// The pages may name edits of the project by their cookies.
-void MediaFileRepositoryBase::handleProjectExit() {
-    searchResultCache.clear();
-}
-
 bool MediaFileRepositoryBase::isPurchased(RemoteAsset const& asset) const {
     return purchasedIds.contains(asset.id);
 }
@@ -207,3 +202,7 @@ WideString MediaFileRepositoryBase::remoteToVirtualLocal(WideString const& addre
 }
 
 void MediaFileRepositoryBase::analyse(RemoteAsset const&) const {}
+
+void MediaFileRepositoryBase::handleProjectExit() {
+    searchResultCache.clear();
+}

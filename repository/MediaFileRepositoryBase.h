@@ -51,6 +51,16 @@ public:
     // The words of the query without blanks at their ends, ready to send.
     [[nodiscard]] static WideString getSearchPattern(SearchQuery const& query);
 
+    // For a host's screens: what the protected operations of these names tell.
+    [[nodiscard]] WideString describeFileExtension() const { return getFileExtension(); }
+    [[nodiscard]] WideString describeRemoteLocation(RemoteAsset const& asset, eMediaType mediaKind) const {
+        return getRemoteLocation(asset, mediaKind);
+    }
+    [[nodiscard]] WideString describeLocalMediaLocation(RemoteAsset const& asset,
+                                                        eMediaType mediaKind) const {
+        return getLocalMediaLocation(asset, mediaKind);
+    }
+
 protected:
     [[nodiscard]] virtual ParsedURI parseURI(WideString const& address) const;
     [[nodiscard]] virtual WideString getFileExtension() const = 0;

@@ -7,7 +7,9 @@ Identified& Identified::operator=(IdStamp const& newStamp) {
     return *this;
 }
 
-IdStamp Identified::getStamp() const { return stamp; }
+IdStamp Identified::getStamp() const {
+    return stamp;
+}
 
 RemoteAsset::RemoteAsset() = default;
 RemoteAsset::RemoteAsset(RemoteAsset const& other) = default;

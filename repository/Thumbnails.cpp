@@ -87,5 +87,9 @@ WideString Thumbnails::fetch(WideString const& address, ParsedURI const& place) 
             owner.ended_.notify_all();
         }
     } const mark{*this, address};
+    // Another thread may have fetched it since the caller looked.
+    if (WideString const cached = cache->find(address); decode(cached)) {
+        return cached;
+    }
     return transfer(address, place, *cache);
 }

@@ -22,9 +22,9 @@ public:
     // The picture in a file; null when it cannot be read.
     [[nodiscard]] static Zq::Ptr<iHostImage> decode(WideString const& path);
 
-    // Fetches the picture into the cache, in place of one that is there, and gives its path. Empty when it
-    // could not be had: no cache, no such server, another status than 200, no bytes or too many. `place` is
-    // the address taken apart. Blocks until the transfer, be it another thread's, has ended.
+    // Fetches the picture into the cache, unless one that can be read is there, and gives its path. Empty
+    // when it could not be had: no cache, no such server, another status than 200, no bytes or too many.
+    // `place` is the address taken apart. Blocks until the transfer, be it another thread's, has ended.
     [[nodiscard]] WideString fetch(WideString const& address, ParsedURI const& place);
 
 private:

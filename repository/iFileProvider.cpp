@@ -7,7 +7,9 @@ std::uint64_t iFileProvider::getFileSize(WideString const& path) {
     return file ? file->getSize() : 0;
 }
 
-std::int32_t iFileProvider::getFileKind(WideString const& path) { return getFileInfo(path).kind; }
+std::int32_t iFileProvider::getFileKind(WideString const& path) {
+    return getFileInfo(path).kind;
+}
 
 FileInfo iFileProvider::getFileInfo(WideString const& path) {
     FileInfo info;
@@ -16,8 +18,12 @@ FileInfo iFileProvider::getFileInfo(WideString const& path) {
     return info;
 }
 
-bool iFileProvider::isWritable() const { return false; }
-WideString iFileProvider::getProviderName() const { return {}; }
+bool iFileProvider::isWritable() const {
+    return false;
+}
+WideString iFileProvider::getProviderName() const {
+    return {};
+}
 
 WideString iFileProvider::makeVirtualPath(WideString const& location) const {
     WideString path(L"Virtual:");
@@ -27,5 +33,7 @@ WideString iFileProvider::makeVirtualPath(WideString const& location) const {
     return path;
 }
 
-bool iFileProvider::isTemporary() const { return false; }
+bool iFileProvider::isTemporary() const {
+    return false;
+}
 void iFileProvider::handleFolderChange() {}

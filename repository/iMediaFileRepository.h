@@ -36,8 +36,8 @@ public:
 
     ~iMediaFileRepository() override;
 
-    // Makes a connection from the record, usually that of getDescription. 0 when connected, 11 when not; where
-    // no server can be made from the record an older connection stays, and counts.
+    // Makes a connection from the record, usually that of getDescription. 0 when connected, 11 when not;
+    // where no server can be made from the record an older connection stays, and counts.
     virtual std::int32_t connect(HTTPConnectionInfo const& info, LoggerHandle log) = 0;
     // A record with its defaults.
     [[nodiscard]] virtual RepositoryDescription newDescription() const;
@@ -77,7 +77,8 @@ public:
     [[nodiscard]] virtual bool canUpload() const;
     [[nodiscard]] virtual bool canRename() const;
     // The asset's log attribute; never one of its display columns.
-    [[nodiscard]] virtual WideString getAttribute(RemoteAsset const& asset, LogAttribute const& attribute) const;
+    [[nodiscard]] virtual WideString getAttribute(RemoteAsset const& asset,
+                                                  LogAttribute const& attribute) const;
     virtual ImportResult import(LightweightVector<RemoteAsset> const& assets, LoggerHandle log) = 0;
     // 0 signed in, 2 unknown user, 7 wrong password, 17 any other failure.
     virtual std::int32_t login(configb const& form) = 0;

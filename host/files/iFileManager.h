@@ -1,5 +1,5 @@
-// The host's file layer. Paths are wide text in this system's form; a path that begins with "Virtual:" and the
-// name of a registered provider leads to that provider.
+// The host's file layer. Paths are wide text in this system's form; a path that begins with "Virtual:" and
+// the name of a registered provider leads to that provider.
 #pragma once
 
 #include <cstdint>
@@ -34,8 +34,8 @@ public:
     virtual bool createDirectory(WideString const& path) = 0;
     // A new or emptied file; null when it cannot be written. The four integers are access, sharing, and two
     // hints; (2, 1, 0, 0) is write, others may read.
-    [[nodiscard]] virtual Zq::Ptr<iFile> openForWrite(WideString const& path, int access, int sharing, int hint,
-                                                      int further) = 0;
+    [[nodiscard]] virtual Zq::Ptr<iFile> openForWrite(WideString const& path, int access, int sharing,
+                                                      int hint, int further) = 0;
     [[nodiscard]] virtual wchar_t pathSeparator() const = 0;
     // Name of the host application, as a person reads it.
     [[nodiscard]] virtual WideString getHostName() const = 0;

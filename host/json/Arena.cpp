@@ -14,7 +14,9 @@ namespace {
 constexpr std::size_t alignment = alignof(std::max_align_t) < 16 ? alignof(std::max_align_t) : 16;
 constexpr std::size_t largestChunk = 1 << 20;
 
-std::size_t aligned(std::size_t bytes) { return (bytes + alignment - 1) & ~(alignment - 1); }
+std::size_t aligned(std::size_t bytes) {
+    return (bytes + alignment - 1) & ~(alignment - 1);
+}
 
 } // namespace
 

@@ -37,10 +37,18 @@ void Builder::close(wchar_t bracket) {
     first_ = false;
 }
 
-void Builder::startChild(char const* key) { open(key, L'{'); }
-void Builder::endChild() { close(L'}'); }
-void Builder::startArray(char const* key) { open(key, L'['); }
-void Builder::endArray() { close(L']'); }
+void Builder::startChild(char const* key) {
+    open(key, L'{');
+}
+void Builder::endChild() {
+    close(L'}');
+}
+void Builder::startArray(char const* key) {
+    open(key, L'[');
+}
+void Builder::endArray() {
+    close(L']');
+}
 
 void Builder::add(char const* key, WideString const& value, bool quoted) {
     writeKey(key);

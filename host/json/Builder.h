@@ -20,8 +20,8 @@ public:
     void startArray(char const* key);
     void endArray();
 
-    // A member. With `quoted` the value becomes a JSON string, escaped as JSON needs; without, it is written as
-    // it stands, so that "true" becomes a boolean. Keys are UTF-8; a null key writes the empty key.
+    // A member. With `quoted` the value becomes a JSON string, escaped as JSON needs; without, it is written
+    // as it stands, so that "true" becomes a boolean. Keys are UTF-8; a null key writes the empty key.
     void add(char const* key, WideString const& value, bool quoted);
     void add(char const* key, wchar_t const* value, bool quoted) { add(key, WideString(value), quoted); }
     void add(char const* key, std::int32_t value);

@@ -127,16 +127,22 @@ float Element::getFloat(std::string_view key, float otherwise) const noexcept {
     return number != nullptr ? Zq::nearestFloat(number->value) : otherwise;
 }
 
-bool Element::hasNum(std::string_view key) const noexcept { return find(numbers(), key) != nullptr; }
+bool Element::hasNum(std::string_view key) const noexcept {
+    return find(numbers(), key) != nullptr;
+}
 
 std::string_view Element::getStringView(std::string_view key) const noexcept {
     StringMember const* const string = find(strings(), key);
     return string != nullptr ? string->value : std::string_view();
 }
 
-NarrowString Element::getString(std::string_view key) const { return NarrowString(getStringView(key)); }
+NarrowString Element::getString(std::string_view key) const {
+    return NarrowString(getStringView(key));
+}
 
-WideString Element::getWString(std::string_view key) const { return fromUTF8(getStringView(key)); }
+WideString Element::getWString(std::string_view key) const {
+    return fromUTF8(getStringView(key));
+}
 
 void Element::appendString(std::string_view key, std::string_view value) {
     Arena& arena = own().arena;

@@ -1,8 +1,8 @@
 // JSON::Element: an object or an array of a parsed JSON text, and the base of things that are written as one.
 //
 // The scalar members stand in three lists, strings, numbers and flags, each in the order of the text with
-// duplicates kept; objects and arrays stand apart as children. null members are dropped. The items of an array
-// are members with the empty key. A missing key is never an error: every accessor has a default.
+// duplicates kept; objects and arrays stand apart as children. null members are dropped. The items of an
+// array are members with the empty key. A missing key is never an error: every accessor has a default.
 //
 // The elements of one answer live together in one tree (Tree.h); a Ptr to any of them keeps the whole answer
 // alive. Such an element is never owned singly: make a Ptr to it only from a Ptr of its tree.

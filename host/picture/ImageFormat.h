@@ -35,7 +35,9 @@ enum class FormatUID : std::uint32_t { none = 0 };
 
 // True unless the format holds plain samples. An unknown format counts as compressed.
 [[nodiscard]] ZQ_API bool isCompressedFormat(Format format) noexcept;
-// Bits of one pixel of a plain format at that depth a sample; 0 for a compressed one.
+// Bits that one pixel of a plain format takes in memory, padding counted and rounded up: its samples at that
+// depth, or, where the code itself fixes the width, as for "2vuy" or "v210", that width. 0 for a compressed
+// one.
 [[nodiscard]] ZQ_API std::int32_t getBitsPerPixel(Format format, std::uint16_t depth) noexcept;
 
 } // namespace Zq::Image

@@ -1,0 +1,103 @@
+// Runs every benchmark interleaved and prints what is claimed as ratios of medians.
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+// Keeps the times of each benchmark by name, beside the usual table.
+class Medians final : public benchmark::ConsoleReporter {
+public:
+    Medians() : ConsoleReporter(OO_None) {}
+
+    void ReportRuns(std::vector<Run> const& runs) override {
+        for (Run const& run : runs) {
+            if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
+                times_[nameOf(run)].push_back(run.GetAdjustedRealTime());
+            }
+            if (run.error_occurred) {
+                failed_ = true;
+            }
+        }
+        ConsoleReporter::ReportRuns(runs);
+    }
+
+    [[nodiscard]] double of(std::string const& name) const {
+        auto const found = times_.find(name);
+        if (found == times_.end()) {
+            return 0;
+        }
+        std::vector<double> times = found->second;
+        auto const middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
+        std::nth_element(times.begin(), middle, times.end());
+        return *middle;
+    }
+    [[nodiscard]] bool failed() const { return failed_; }
+
+private:
+    // "results/100", without the settings that the library adds.
+    [[nodiscard]] static std::string nameOf(Run const& run) {
+        std::string name = run.run_name.function_name;
+        return run.run_name.args.empty() ? name : name + '/' + run.run_name.args;
+    }
+
+    std::map<std::string, std::vector<double>> times_;
+    bool failed_ = false;
+};
+
+struct Ratio {
+    char const* what;
+    char const* measured;
+    char const* against;
+    char const* goal;
+};
+
+constexpr Ratio ratios[] = {
+    {"results of 10 clips / nlohmann parsing", "results/10", "nlohmannParse/10", "<= 0.5"},
+    {"results of 100 clips / nlohmann parsing", "results/100", "nlohmannParse/100", "<= 0.5"},
+    {"results of 1000 clips / nlohmann parsing", "results/1000", "nlohmannParse/1000", "<= 0.5"},
+    {"results of 100 clips / simdjson parsing", "results/100", "simdjsonParse/100", "<= 6"},
+    {"results of 1000 clips / simdjson parsing", "results/1000", "simdjsonParse/1000", "<= 6"},
+    {"1000 clips / 100 clips", "results/1000", "results/100", "about 10"},
+    {"search through zq / the same by curl", "searchThroughZq", "searchByCurl", "<= 1.1"},
+    {"hashing / whole request of 1", "hashing/1", "signedRequest/1", ""},
+    {"hashing / whole request of 100", "hashing/100", "signedRequest/100", ""},
+    {"writing the list / whole request of 100", "writingTheList/100", "signedRequest/100", ""},
+    {"escaping the envelope / whole request of 100", "escapingTheEnvelope/100", "signedRequest/100", ""},
+};
+
+void print(Medians const& medians) {
+    std::printf("\n%-48s %10s   %s\n", "ratio of medians", "measured", "goal");
+    for (Ratio const& ratio : ratios) {
+        double const against = medians.of(ratio.against);
+        if (against > 0) {
+            std::printf("%-48s %10.3f   %s\n", ratio.what, medians.of(ratio.measured) / against, ratio.goal);
+        }
+    }
+}
+
+} // namespace
+
+int main(int count, char** arguments) {
+    std::vector<char*> all(arguments, arguments + count);
+    // In turn and not one after the other: the machine's speed drifts.
+    char interleave[] = "--benchmark_enable_random_interleaving=true";
+    char repeat[] = "--benchmark_repetitions=9";
+    char brief[] = "--benchmark_min_time=0.05";
+    char aggregates[] = "--benchmark_display_aggregates_only=true";
+    all.insert(all.begin() + 1, {interleave, repeat, brief, aggregates});
+    int size = static_cast<int>(all.size());
+    benchmark::Initialize(&size, all.data());
+    if (benchmark::ReportUnrecognizedArguments(size, all.data())) {
+        return 2;
+    }
+    Medians medians;
+    benchmark::RunSpecifiedBenchmarks(&medians);
+    print(medians);
+    return medians.failed() ? 1 : 0;
+}
