@@ -26,8 +26,12 @@ WideString iFileProvider::getProviderName() const {
 }
 
 WideString iFileProvider::makeVirtualPath(WideString const& location) const {
-    WideString path(L"Virtual:");
-    path += getProviderName();
+    constexpr std::wstring_view prefix = L"Virtual:";
+    WideString const provider = getProviderName();
+    WideString path;
+    path.reserve(static_cast<std::uint32_t>(prefix.size()) + provider.length() + 1 + location.length());
+    path.append(prefix);
+    path += provider;
     path += L' ';
     path += location;
     return path;

@@ -5,7 +5,9 @@
 #include <string_view>
 #include <vector>
 
+#include "host/text/Unicode.h"
 #include "tarn7/ItemReader.h"
+#include "tarn7/ItemTexts.h"
 #include "tarn7/Tarn7Resource.h"
 
 namespace {
@@ -77,22 +79,22 @@ enum class Describe { bySize, plainly, withAspect };
 
 struct VideoStandard {
     std::int16_t number;
-    wchar_t const* text;
+    char const* text;
     Describe describe;
     ScanMode scan;
 };
 
 constexpr VideoStandard videoStandards[] = {
-    {1, L"486i", Describe::withAspect, ScanMode::interlacedLowerFirst},
-    {2, L"486i", Describe::withAspect, ScanMode::interlacedLowerFirst},
-    {3, L"576i", Describe::withAspect, ScanMode::interlacedUpperFirst},
-    {4, L"1080p", Describe::plainly, ScanMode::progressive},
-    {5, L"720p", Describe::plainly, ScanMode::progressive},
-    {8, L"1080i", Describe::plainly, ScanMode::interlacedUpperFirst},
-    {9, L"720p", Describe::plainly, ScanMode::progressive},
+    {1, "486i", Describe::withAspect, ScanMode::interlacedLowerFirst},
+    {2, "486i", Describe::withAspect, ScanMode::interlacedLowerFirst},
+    {3, "576i", Describe::withAspect, ScanMode::interlacedUpperFirst},
+    {4, "1080p", Describe::plainly, ScanMode::progressive},
+    {5, "720p", Describe::plainly, ScanMode::progressive},
+    {8, "1080i", Describe::plainly, ScanMode::interlacedUpperFirst},
+    {9, "720p", Describe::plainly, ScanMode::progressive},
 };
 
-constexpr VideoStandard otherStandard{-1, L"", Describe::bySize, ScanMode::progressive};
+constexpr VideoStandard otherStandard{-1, "", Describe::bySize, ScanMode::progressive};
 
 VideoStandard const& videoStandard(JSON::Element const& item) {
     auto const number = static_cast<std::int16_t>(tarn7::numberMember(item, "vs"));
@@ -104,11 +106,14 @@ bool isFourByThree(JSON::Element const& item) {
     return item.getStringView("ar") == "4:3";
 }
 
-WideString sizeText(std::int32_t width, std::int32_t height) {
+void appendSize(NarrowString& text, std::int32_t width, std::int32_t height) {
     if (height == 2160 && (width == 4096 || width == 3840)) {
-        return L"4k";
+        text += "4k";
+        return;
     }
-    return Zq::WStringFromInteger(width) + L'x' + Zq::WStringFromInteger(height);
+    Zq::appendInteger(text, width);
+    text += 'x';
+    Zq::appendInteger(text, height);
 }
 
 ShotVideoMetadata fillByHand(std::int32_t width, std::int32_t height, Format format, ScanMode scan,
@@ -147,20 +152,28 @@ Format Tarn7Resource::getImageFormat(Item const& item) {
     return codec.size() == 4 ? codeItself(codec) : Format::unknown;
 }
 
-WideString Tarn7Resource::getFormatDescription(Item const& item) {
+NarrowString tarn7::formatText(JSON::Element const& item) {
     VideoStandard const& standard = videoStandard(item);
-    WideString text = standard.describe == Describe::bySize
-                          ? sizeText(tarn7::numberMember(item, "ox"), tarn7::numberMember(item, "oy"))
-                          : WideString(standard.text);
-    if (standard.describe == Describe::withAspect) {
-        text += isFourByThree(item) ? L" 4:3" : L" 16:9";
+    std::string_view const codec = item.getStringView("codg");
+    NarrowString text;
+    text.reserve(16 + static_cast<std::uint32_t>(codec.size()));
+    if (standard.describe == Describe::bySize) {
+        appendSize(text, numberMember(item, "ox"), numberMember(item, "oy"));
+    } else {
+        text += standard.text;
     }
-    WideString const codec = item.getWString("codg");
-    if (!codec.isEmpty()) {
-        text += L", ";
-        text += codec;
+    if (standard.describe == Describe::withAspect) {
+        text += isFourByThree(item) ? " 4:3" : " 16:9";
+    }
+    if (!codec.empty()) {
+        text += ", ";
+        text.append(codec);
     }
     return text;
+}
+
+WideString Tarn7Resource::getFormatDescription(Item const& item) {
+    return fromUTF8(tarn7::formatText(item));
 }
 
 ShotVideoMetadata Tarn7Resource::getVideoMetadata(RemoteAsset const& asset) {

@@ -21,7 +21,7 @@ namespace tarn7 {
 
 // A length in milliseconds, which the service writes as a text; 0 where there is none.
 [[nodiscard]] inline std::int64_t milliseconds(JSON::Element const& element, std::string_view key) {
-    return Zq::Int64FromWString(element.getWString(key), 0);
+    return Zq::Int64FromText(element.getStringView(key), 0);
 }
 
 } // namespace tarn7

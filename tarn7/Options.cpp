@@ -69,6 +69,9 @@ LightweightVector<SearchOptionGroup> Tarn7Resource::getSearchOptions() {
             positionOf(filter.rows, prefs().getPreference(filter.preference, std::int32_t{0}));
         auto const param = Zq::makeShared<GenericParam::ChoiceParam>(
             resourceStrW(filter.legend), filter.id, WideString(), position, choiceList(filter.rows));
+        if (!param) {
+            continue; // no memory
+        }
         param->addChangeHandler(
             Zq::makeShared<GenericParam::Listener<Tarn7Resource, std::int32_t>>(*this, filter.handler));
         filterGroup.params.push_back(param);
@@ -79,9 +82,11 @@ LightweightVector<SearchOptionGroup> Tarn7Resource::getSearchOptions() {
     // Shares its id with the price filter: stored layouts of the search panel know it under that name.
     auto const quality =
         Zq::makeShared<GenericParam::BoolParam>(resourceStrW(14110), "price", WideString(), hqProxies);
-    quality->addChangeHandler(Zq::makeShared<GenericParam::Listener<Tarn7Resource, bool>>(
-        *this, &Tarn7Resource::handleProxyQualityChange));
-    previewGroup.params.push_back(quality);
+    if (quality) {
+        quality->addChangeHandler(Zq::makeShared<GenericParam::Listener<Tarn7Resource, bool>>(
+            *this, &Tarn7Resource::handleProxyQualityChange));
+        previewGroup.params.push_back(quality);
+    }
 
     return {filterGroup, previewGroup};
 }

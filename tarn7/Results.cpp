@@ -1,10 +1,12 @@
 // The answer of a search as assets of the host.
 
 #include <cmath>
+#include <map>
 
 #include "host/resources/resourceStr.h"
 #include "host/text/Unicode.h"
 #include "tarn7/ItemReader.h"
+#include "tarn7/ItemTexts.h"
 #include "tarn7/Tarn7Resource.h"
 
 namespace {
@@ -26,6 +28,11 @@ struct DisplayColumns {
     LogAttribute duration{Tarn7Resource::getDurationAttribute()};
 };
 
+// The rate that a decimal number of the item means; the text is read where it lies.
+Zq::FrameRate rateOf(JSON::Element const& item, std::string_view key) {
+    return Zq::getEquivalentZqFrameRate(Zq::decimalFromText(item.getStringView(key)));
+}
+
 void setPageFigures(SearchResults& results, JSON::Element const& reply, std::uint16_t pageSize) {
     // Both figures are 16 bits wide in the contract: a larger count keeps its low bits.
     results.totalCount =
@@ -39,20 +46,6 @@ void setPageFigures(SearchResults& results, JSON::Element const& reply, std::uin
         results.pageCount = largestPageCount;
         results.totalCount = static_cast<std::uint16_t>(pageSize * largestPageCount);
     }
-}
-
-// "1:05", "1:2:05": minutes are never padded, also behind hours.
-void appendDuration(WideString& text, std::int64_t length_ms) {
-    std::int64_t const hours = length_ms / 3'600'000;
-    std::int64_t const minutes = length_ms % 3'600'000 / 60'000;
-    std::int64_t const seconds = length_ms % 60'000 / 1'000;
-    if (hours != 0) {
-        text += Zq::WStringFromInteger(hours);
-        text += L':';
-    }
-    text += Zq::WStringFromInteger(minutes);
-    text += seconds < 10 ? L":0" : L":";
-    text += Zq::WStringFromInteger(seconds);
 }
 
 } // namespace
@@ -69,13 +62,14 @@ SearchResults Tarn7Resource::searchInternal(SearchQuery const& query) {
 
     LogColumns const columns;
     WideString const extension = getFileExtension();
-    WideString const shortName = getShortName();
+    NarrowString const shortName = toUTF8(getShortName());
     std::uint16_t const count = items->getNumChildren();
     results.assets.reserve(count);
     for (std::uint16_t i = 0; i < count; ++i) {
         Zq::Ptr<Item> const item = items->getChild(i);
         RemoteAsset& asset = results.assets.emplace_back();
-        asset.id = Zq::WStringFromInteger(tarn7::numberMember(*item, "id"));
+        std::int32_t const number = tarn7::numberMember(*item, "id");
+        asset.id = Zq::WStringFromInteger(number);
         asset.mediaExtension = extension;
         asset.payload = item;
         asset.assetKind = 1;
@@ -86,46 +80,79 @@ SearchResults Tarn7Resource::searchInternal(SearchQuery const& query) {
 
         asset.logAttributes.reserve(4);
         asset.logAttributes.add(columns.name, item->getString("n"));
-        asset.logAttributes.add(columns.clipId, shortName + asset.id);
+        NarrowString clipId = shortName;
+        Zq::appendInteger(clipId, number);
+        asset.logAttributes.add(columns.clipId, std::move(clipId));
         asset.logAttributes.add(columns.source, "Tarn7");
-        asset.logAttributes.add(columns.price, "$" + item->getString("pr"));
+        asset.logAttributes.add(columns.price, tarn7::priceText(*item));
 
-        Tarn7ClipData const data{frameRateFromText(item->getWString("fps_real")),
+        Tarn7ClipData const data{rateOf(*item, "fps_real"),
                                  static_cast<double>(tarn7::milliseconds(*item, "dur")) / 1000.0};
-        clipCache.try_emplace(static_cast<std::uint32_t>(tarn7::numberMember(*item, "id")), data);
+        clipCache.try_emplace(static_cast<std::uint32_t>(number), data);
     }
 
     // The columns show the rates, and the rates come out of the cache that the loop has fed.
     getClipData(results.assets);
 
     DisplayColumns const display;
+    // Most clips of a page have one of few rates, and a price that stands in the log attributes already.
+    std::map<Zq::FrameRate, NarrowString> rateTexts;
     for (RemoteAsset& asset : results.assets) {
         auto const& item = dynamic_cast<Item const&>(*asset.payload);
         asset.displayAttributes.reserve(4);
-        asset.displayAttributes.add(display.format, getFormatDescription(item));
-        asset.displayAttributes.add(display.frameRate, getFrameRateText(asset));
-        asset.displayAttributes.add(display.price, getPriceText(asset));
-        asset.displayAttributes.add(display.duration, getDurationText(item));
+        asset.displayAttributes.add(display.format, tarn7::formatText(item));
+        auto const [rate, isNew] = rateTexts.try_emplace(asset.frameRate);
+        if (isNew) {
+            rate->second = toUTF8(getFrameRateText(asset));
+        }
+        asset.displayAttributes.add(display.frameRate, rate->second);
+        asset.displayAttributes.add(display.price, isPurchased(asset)
+                                                       ? toUTF8(getPriceText(asset))
+                                                       : asset.logAttributes.find(columns.price));
+        asset.displayAttributes.add(display.duration, tarn7::durationText(item));
     }
     setPageFigures(results, *reply, query.pageSize);
     return results;
 }
 
+NarrowString tarn7::priceText(JSON::Element const& item) {
+    std::string_view const price = item.getStringView("pr");
+    NarrowString text;
+    text.reserve(1 + static_cast<std::uint32_t>(price.size()));
+    text += '$';
+    text.append(price);
+    return text;
+}
+
 WideString Tarn7Resource::getPriceText(RemoteAsset const& asset) const {
-    if (isPurchased(asset)) {
-        return resourceStrW(13477);
+    return isPurchased(asset)
+               ? resourceStrW(13477)
+               : fromUTF8(tarn7::priceText(JSON::orEmpty(Zq::dynamicCast<Item>(asset.payload))));
+}
+
+// Minutes are never padded, also behind hours: "1:2:05".
+NarrowString tarn7::durationText(JSON::Element const& item) {
+    std::int64_t const length_ms = milliseconds(item, "dur");
+    NarrowString text;
+    if (length_ms < 1) {
+        return text;
     }
-    auto const* const item = dynamic_cast<Item const*>(asset.payload.get());
-    return L"$" + (item != nullptr ? item->getWString("pr") : WideString());
+    std::int64_t const hours = length_ms / 3'600'000;
+    std::int64_t const minutes = length_ms % 3'600'000 / 60'000;
+    std::int64_t const seconds = length_ms % 60'000 / 1'000;
+    text.reserve(8);
+    if (hours != 0) {
+        Zq::appendInteger(text, hours);
+        text += ':';
+    }
+    Zq::appendInteger(text, minutes);
+    text += seconds < 10 ? ":0" : ":";
+    Zq::appendInteger(text, seconds);
+    return text;
 }
 
 WideString Tarn7Resource::getDurationText(Item const& item) {
-    std::int64_t const length_ms = tarn7::milliseconds(item, "dur");
-    WideString text;
-    if (length_ms >= 1) {
-        appendDuration(text, length_ms);
-    }
-    return text;
+    return fromUTF8(tarn7::durationText(item));
 }
 
 std::uint8_t Tarn7Resource::getAudioChannels(Item const& item) {

@@ -66,7 +66,8 @@ Tarn7Resource::Response Tarn7Resource::sendCommand(Command const& command) {
 
 Tarn7Resource::Response Tarn7Resource::commandReply(Response const& response, std::uint16_t index) {
     Response const replies = JSON::orEmpty(response).getChild("commands");
-    return JSON::orEmpty(replies).getChild(index);
+    // A list that is longer than its count can tell ends where the count does.
+    return index < JSON::orEmpty(replies).getNumChildren() ? replies->getChild(index) : Response();
 }
 
 WideString Tarn7Resource::commandStatusText(Response const& response, std::uint16_t index) {

@@ -11,6 +11,8 @@ TextBuffer* TextBuffer::allocate(std::size_t bytes) noexcept {
     return memory != nullptr ? new (memory) TextBuffer{RefCount{1}} : nullptr;
 }
 
-void TextBuffer::free(TextBuffer* buffer) noexcept { OS().memory().free(buffer); }
+void TextBuffer::free(TextBuffer* buffer) noexcept {
+    OS().memory().free(buffer);
+}
 
 } // namespace Zq

@@ -144,7 +144,9 @@ public:
 private:
     static constexpr Char nothing{};
 
-    [[nodiscard]] static View viewOf(Char const* text) noexcept { return text != nullptr ? View(text) : View(); }
+    [[nodiscard]] static View viewOf(Char const* text) noexcept {
+        return text != nullptr ? View(text) : View();
+    }
     [[nodiscard]] Char* characters() const noexcept { return reinterpret_cast<Char*>(buffer_ + 1); }
     void setLength(std::uint32_t length) noexcept {
         length_ = length;
@@ -199,9 +201,8 @@ LightweightString<Char>& LightweightString<Char>::append(View text) {
         return *this;
     }
     // The text may lie in this value's own buffer: keep that alive until it is copied.
-    LightweightString const keep = buffer_ != nullptr && text.data() >= begin() && text.data() <= end()
-                                       ? *this
-                                       : LightweightString();
+    LightweightString const keep =
+        buffer_ != nullptr && text.data() >= begin() && text.data() <= end() ? *this : LightweightString();
     if (makeRoom(length_ + static_cast<std::uint32_t>(text.size()))) {
         View::traits_type::copy(characters() + length_, text.data(), text.size());
         setLength(length_ + static_cast<std::uint32_t>(text.size()));

@@ -9,9 +9,8 @@ namespace Zq {
 
 namespace {
 
-template <class Integer>
-Integer parseInteger(WideString const& text, Integer otherwise) {
-    std::wstring_view view = text.view();
+template <class Integer, class Char>
+Integer parseInteger(std::basic_string_view<Char> view, Integer otherwise) {
     bool const negative = !view.empty() && view.front() == L'-';
     if (!view.empty() && (view.front() == L'-' || view.front() == L'+')) {
         view.remove_prefix(1);
@@ -23,7 +22,7 @@ Integer parseInteger(WideString const& text, Integer otherwise) {
     std::uint64_t const largest =
         negative ? static_cast<std::uint64_t>(Limits::max()) + 1 : static_cast<std::uint64_t>(Limits::max());
     std::uint64_t value = 0;
-    for (wchar_t const character : view) {
+    for (Char const character : view) {
         if (character < L'0' || character > L'9') {
             return otherwise;
         }
@@ -39,21 +38,34 @@ Integer parseInteger(WideString const& text, Integer otherwise) {
 } // namespace
 
 WideString WStringFromInteger(std::int64_t value) {
+    WideString text;
+    appendInteger(text, value);
+    return text;
+}
+
+void appendInteger(WideString& text, std::int64_t value) {
     char digits[24];
     auto const end = std::to_chars(digits, digits + sizeof digits, value).ptr;
     wchar_t wide[24];
-    auto const count = static_cast<std::size_t>(end - digits);
-    for (std::size_t i = 0; i < count; ++i) {
-        wide[i] = static_cast<wchar_t>(digits[i]);
-    }
-    return WideString(std::wstring_view(wide, count));
+    std::copy(digits, end, wide);
+    text.append(std::wstring_view(wide, static_cast<std::size_t>(end - digits)));
+}
+
+void appendInteger(NarrowString& text, std::int64_t value) {
+    char digits[24];
+    auto const end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+    text.append(std::string_view(digits, static_cast<std::size_t>(end - digits)));
 }
 
 std::int32_t IntFromWString(WideString const& text, std::int32_t otherwise) {
-    return parseInteger(text, otherwise);
+    return parseInteger(text.view(), otherwise);
 }
 
 std::int64_t Int64FromWString(WideString const& text, std::int64_t otherwise) {
+    return parseInteger(text.view(), otherwise);
+}
+
+std::int64_t Int64FromText(std::string_view text, std::int64_t otherwise) {
     return parseInteger(text, otherwise);
 }
 

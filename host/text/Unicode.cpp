@@ -4,8 +4,12 @@ namespace {
 
 constexpr char32_t replacement = 0xfffd;
 
-bool isHighSurrogate(char32_t unit) { return unit >= 0xd800 && unit < 0xdc00; }
-bool isLowSurrogate(char32_t unit) { return unit >= 0xdc00 && unit < 0xe000; }
+bool isHighSurrogate(char32_t unit) {
+    return unit >= 0xd800 && unit < 0xdc00;
+}
+bool isLowSurrogate(char32_t unit) {
+    return unit >= 0xdc00 && unit < 0xe000;
+}
 
 // The element's code unit; what is no code unit at all, where wchar_t is wider, is malformed by itself.
 char32_t unitOf(wchar_t element) {

@@ -1,0 +1,6 @@
+// Includes a higher floor.
+#pragma once
+
+#include <vector>
+
+#include "repository/LooksUp.h"

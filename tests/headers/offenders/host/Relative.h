@@ -1,0 +1,4 @@
+// Includes by a path that does not begin at the root.
+#pragma once
+
+#include "Relative.h"

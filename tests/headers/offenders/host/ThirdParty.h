@@ -1,0 +1,4 @@
+// Includes what belongs to no floor.
+#pragma once
+
+#include <curl/curl.h>
