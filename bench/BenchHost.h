@@ -9,6 +9,7 @@
 #include "host/HostServices.h"
 #include "host/engine/crypto/OpenSSLHash.h"
 #include "host/engine/json/SimdjsonReader.h"
+#include "host/os/OS.h"
 #include "tarn7/Command.h"
 #include "tests/fake_host/FakePreferences.h"
 #include "tests/fake_host/FakeSystem.h"
@@ -83,6 +84,7 @@ class Resource : public Tarn7Resource {
 public:
     explicit Resource(Zq::Ptr<iHTTPServer> const& server) { ServiceConnection.setServer(server); }
     using Tarn7Resource::searchInternal;
+    using Tarn7Resource::searchResultCache;
     using Tarn7Resource::sendCommands;
     using Tarn7Resource::signedHash;
 };

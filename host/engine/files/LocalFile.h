@@ -1,0 +1,31 @@
+// A file on disk, as the contract's iFile.
+//
+// What was written is on disk when the last owner lets go, so that nothing points at a file that a power cut
+// would shorten.
+#pragma once
+
+#include "host/engine/files/FileDescriptor.h"
+#include "host/engine/files/WriteJournal.h"
+#include "host/files/iFile.h"
+
+namespace engine {
+
+class LocalFile final : public iFile {
+public:
+    // Takes an open file at position 0, and the note that it is being written.
+    LocalFile(FileDescriptor opened, WriteJournal::Note note)
+        : note_(std::move(note)), opened_(std::move(opened)) {}
+    ~LocalFile() override;
+
+    bool write(void const* bytes, std::uint32_t size) override;
+    std::int64_t read(void* bytes, std::uint32_t size) override;
+    bool setPosition(std::uint64_t position) override;
+    std::uint64_t getPosition() override;
+    std::uint64_t getSize() override;
+
+private:
+    WriteJournal::Note note_;
+    FileDescriptor opened_;
+};
+
+} // namespace engine

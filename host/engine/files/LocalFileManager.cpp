@@ -1,0 +1,107 @@
+#include "host/engine/files/LocalFileManager.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "host/engine/files/LocalFile.h"
+#include "host/engine/files/LocalPath.h"
+#include "host/log/Log.h"
+#include "host/modules/ZqComponentBase.h"
+#include "repository/iFileProvider.h"
+
+namespace engine {
+
+namespace {
+
+constexpr std::wstring_view virtualPrefix = L"Virtual:";
+
+// The path of a file on disk; empty for a virtual path and for text that is no path.
+std::filesystem::path diskPath(WideString const& path) {
+    return path.startsWith(virtualPrefix) ? std::filesystem::path() : localPath(path);
+}
+
+} // namespace
+
+bool LocalFileManager::fileExists(WideString const& path) {
+    if (iFileProvider const* const provider = findProvider(path)) {
+        return provider->handlesFile(path);
+    }
+    struct stat status {};
+    return ::stat(diskPath(path).c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+bool LocalFileManager::deleteFile(WideString const& path) {
+    std::filesystem::path const file = diskPath(path);
+    return !file.empty() && (::unlink(file.c_str()) == 0 || errno == ENOENT || errno == ENOTDIR);
+}
+
+bool LocalFileManager::createDirectory(WideString const& path) {
+    std::filesystem::path const folder = diskPath(path);
+    std::error_code error;
+    if (!folder.empty()) {
+        std::filesystem::create_directories(folder, error);
+    }
+    return !folder.empty() && std::filesystem::is_directory(folder, error);
+}
+
+Zq::Ptr<iFile> LocalFileManager::openForWrite(WideString const& path, int, int, int, int) {
+    std::filesystem::path const file = diskPath(path);
+    if (file.empty()) {
+        return {};
+    }
+    std::optional<WriteJournal::Note> note = journal_.begin(file);
+    if (!note) {
+        Log("%s is not written: the journal of unfinished files cannot be", file.c_str());
+        return {};
+    }
+    // O_NONBLOCK: a pipe in the file's place fails here instead of waiting for its reader.
+    int const flags = O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK;
+    FileDescriptor opened(::open(file.c_str(), flags, 0644));
+    struct stat status {};
+    if (!opened || ::fstat(opened.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        Log("%s cannot be written: %s", file.c_str(),
+            opened ? "not a file" : std::generic_category().message(errno).c_str());
+        note->finish();
+        return {};
+    }
+    return Zq::makeShared<LocalFile>(std::move(opened), std::move(*note));
+}
+
+void LocalFileManager::registerProvider(iFileProvider& provider) {
+    std::lock_guard const lock(mutex_);
+    if (std::ranges::find(providers_, &provider) == providers_.end()) {
+        providers_.push_back(&provider);
+    }
+}
+
+void LocalFileManager::forgetProvidersOf(ZqComponentBase& component) {
+    std::lock_guard const lock(mutex_);
+    std::erase_if(providers_, [&component](iFileProvider* provider) {
+        return dynamic_cast<ZqComponentBase*>(provider) == &component;
+    });
+}
+
+iFileProvider* LocalFileManager::findProvider(WideString const& path) {
+    if (!path.startsWith(virtualPrefix)) {
+        return nullptr;
+    }
+    std::wstring_view const rest = path.view().substr(virtualPrefix.size());
+    std::lock_guard const lock(mutex_);
+    iFileProvider* best = nullptr;
+    std::uint32_t longest = 0;
+    for (iFileProvider* const provider : providers_) {
+        WideString const name = provider->getProviderName();
+        if (name.length() > longest && rest.starts_with((name + L' ').view())) {
+            best = provider;
+            longest = name.length();
+        }
+    }
+    return best;
+}
+
+} // namespace engine

@@ -1,0 +1,25 @@
+// The desktop of this system: its web browser and its folders.
+#pragma once
+
+#include <filesystem>
+
+#include "host/os/iShell.h"
+
+namespace engine {
+
+// Thread: any.
+class DesktopShell final : public iShell {
+public:
+    explicit DesktopShell(std::filesystem::path media) : media_(std::move(media)) {}
+
+    // Starts ZQ_BROWSER where the environment names one, else xdg-open, else the first program of BROWSER: in
+    // a session of its own, without a shell, with the address as its only argument.
+    bool openInBrowser(WideString const& url) override;
+    // Makes the media folder where it is not there yet.
+    WideString getStandardFolder(int number) override;
+
+private:
+    std::filesystem::path const media_;
+};
+
+} // namespace engine
