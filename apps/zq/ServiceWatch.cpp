@@ -1,0 +1,45 @@
+#include "apps/zq/ServiceWatch.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace zq {
+
+namespace {
+
+using Statistics = std::vector<engine::ServerStatistics>;
+
+engine::ServerStatistics find(Statistics const& all, std::string const& server) {
+    auto const found = std::ranges::find(all, server, &engine::ServerStatistics::server);
+    return found != all.end() ? *found : engine::ServerStatistics{};
+}
+
+} // namespace
+
+ServiceWatch::ServiceWatch(StatisticsSource statistics, AnswerWatch const& answers)
+    : statistics_(std::move(statistics)), answers_(answers), before_(statistics_()),
+      heardBefore_(answers.heard()) {}
+
+std::optional<std::string> ServiceWatch::failure() const {
+    for (engine::ServerStatistics const& now : statistics_()) {
+        engine::ServerStatistics const earlier = find(before_, now.server);
+        if (now.failures > earlier.failures) {
+            return "the service could not be reached: " + now.lastError;
+        }
+        if (now.refusals > earlier.refusals) {
+            return "the service refused the request: " + now.server + " answered with an error status";
+        }
+    }
+    if (AnswerWatch::Heard const heard = answers_.heard(); heard.refusals > heardBefore_.refusals) {
+        return "the service refused the request" + (heard.lastReason.empty() ? "" : ": " + heard.lastReason);
+    }
+    return std::nullopt;
+}
+
+bool ServiceWatch::sawRequest() const {
+    return std::ranges::any_of(statistics_(), [&](engine::ServerStatistics const& now) {
+        return now.requests > find(before_, now.server).requests;
+    });
+}
+
+} // namespace zq

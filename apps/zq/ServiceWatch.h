@@ -1,0 +1,34 @@
+// What became of the requests of one command. The repositories report most failures as an empty result; the
+// network's figures and the answers tell why.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "apps/zq/AnswerWatch.h"
+#include "host/engine/network/ServerStatistics.h"
+
+namespace zq {
+
+using StatisticsSource = std::function<std::vector<engine::ServerStatistics>()>;
+
+class ServiceWatch {
+public:
+    // Looks from now on. `answers` outlives this.
+    ServiceWatch(StatisticsSource statistics, AnswerWatch const& answers);
+
+    // Why a request since then failed, one line; nothing where each got what it asked for.
+    [[nodiscard]] std::optional<std::string> failure() const;
+    // True when a request was made since then.
+    [[nodiscard]] bool sawRequest() const;
+
+private:
+    StatisticsSource statistics_;
+    AnswerWatch const& answers_;
+    std::vector<engine::ServerStatistics> before_;
+    AnswerWatch::Heard heardBefore_;
+};
+
+} // namespace zq
