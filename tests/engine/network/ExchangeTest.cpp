@@ -211,7 +211,7 @@ TEST_F(Exchange, AnAnswerOf64MiBIsTakenAndOneByteMoreIsNot) {
     ASSERT_LT(bomb.size(), std::size_t{1} << 20);
     RawServer const raw([&](RawConnection& connection) {
         while (auto const request = connection.readRequest()) {
-            connection.answer(200, request->line.starts_with("GET /bomb ") ? bomb : packed,
+            connection.answer(200, request->line.find(" /bomb ") != std::string::npos ? bomb : packed,
                               "Content-Encoding: gzip\r\n");
         }
     });
@@ -219,8 +219,7 @@ TEST_F(Exchange, AnAnswerOf64MiBIsTakenAndOneByteMoreIsNot) {
     ASSERT_TRUE(reply);
     EXPECT_EQ(reply->getBody()->getSize(), engine::BodySink::largestBody);
     EXPECT_FALSE(server(raw.name())->get(L"/bomb"));
-    EXPECT_FALSE(server(raw.name())->postForm(L"a=b", L"/bomb") &&
-                 raw.requests().back().line.starts_with("GET"));
+    EXPECT_FALSE(server(raw.name())->postForm(L"a=b", L"/bomb"));
 }
 
 TEST_F(Exchange, AnAnnouncementBeyondTheBoundIsRefusedAtOnce) {

@@ -28,6 +28,7 @@ protected:
         web.routes().Get("/plain", [this](httplib::Request const&, httplib::Response& response) {
             response.set_redirect("http://" + plainName + "/");
         });
+        web.routes().set_payload_max_length(1u << 20);
         web.start();
         settings.caFile = files.ca;
         settings.connect[std::string(serverName) + ":443"] = web.name();
@@ -89,6 +90,13 @@ TEST_F(SecureServer, ThatSpeaksNoTlsIsNoAnswer) {
         connection.send("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok");
     });
     EXPECT_FALSE(server(raw.name(), true)->get(L"/"));
+}
+
+TEST_F(SecureServer, ThatClosesOnALargeFormEndsNothingButTheCall) {
+    auto const one = server(serverName, true);
+    auto const reply = one->postForm(WideString(16u << 20, L'x'), L"/");
+    EXPECT_TRUE(!reply || reply->getStatus() == 413);
+    EXPECT_EQ(bodyOf(one->get(L"/")), std::string("hello ") + serverName);
 }
 
 TEST_F(SecureServer, DoesNotRedirectToPlainHttp) {

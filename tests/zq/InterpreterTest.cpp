@@ -1,0 +1,200 @@
+// Words made into commands, and what the pieces around them do with signals and input.
+
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include "apps/zq/Interpreter.h"
+#include "apps/zq/JsonOutput.h"
+#include "apps/zq/LineReader.h"
+
+namespace {
+
+using testing::HasSubstr;
+using zq::Interrupts;
+using zq::LineReader;
+using zq::Output;
+using zq::prepareCommand;
+using zq::PreparedCommand;
+
+PreparedCommand prepare(std::vector<std::string> const& words) {
+    return prepareCommand(words, Output::Format::text);
+}
+
+TEST(Commands, HaveNamesOfTheirOwnAndSayWhatTheyDo) {
+    std::set<std::string_view> names;
+    for (zq::CommandEntry const& entry : zq::commandTable()) {
+        EXPECT_TRUE(names.insert(entry.name).second) << entry.name;
+        EXPECT_NE(std::string_view(entry.summary), "");
+    }
+    EXPECT_EQ(names.size(), 12U);
+}
+
+TEST(Commands, AllGiveHelp) {
+    for (zq::CommandEntry const& entry : zq::commandTable()) {
+        PreparedCommand const prepared = prepare({entry.name, "--help"});
+        EXPECT_TRUE(prepared.reply.ok());
+        EXPECT_EQ(prepared.command, nullptr);
+        EXPECT_THAT(prepared.reply.text, HasSubstr(std::string("Usage: ") + entry.name));
+    }
+}
+
+TEST(Commands, ThatAreMistypedAreGuessed) {
+    EXPECT_EQ(prepare({"serch"}).reply.error, "there is no command \"serch\"; did you mean \"search\"?");
+    EXPECT_EQ(prepare({"xyzzyxyzzy"}).reply.error,
+              "there is no command \"xyzzyxyzzy\"; \"help\" lists the commands");
+}
+
+TEST(Commands, RefuseArgumentsThatTheyDoNotKnow) {
+    EXPECT_THAT(prepare({"search", "--bogus"}).reply.error, HasSubstr("--bogus"));
+    EXPECT_THAT(prepare({"login", "anna", "secret"}).reply.error, HasSubstr("not expected"));
+    EXPECT_THAT(prepare({"search", "--page", "0"}).reply.error, HasSubstr("range"));
+    EXPECT_THAT(prepare({"search", "--page", "65536"}).reply.error, HasSubstr("range"));
+    EXPECT_THAT(prepare({"set", "0", "1"}).reply.error, HasSubstr("VALUE"));
+    EXPECT_NE(prepare({"set", "0", "1", "-1"}).command, nullptr) << "a negative tag is no option";
+}
+
+TEST(Commands, AnswerInJsonWhereAskedTo) {
+    EXPECT_EQ(prepare({"stats", "--json"}).format, Output::Format::json);
+    EXPECT_EQ(prepare({"stats"}).format, Output::Format::text);
+    EXPECT_EQ(prepareCommand({"stats"}, Output::Format::json).format, Output::Format::json);
+    EXPECT_EQ(prepare({"search", "--bogus", "--json"}).format, Output::Format::json);
+}
+
+TEST(JsonLine, HasTheErrorOnlyWhereThereIsOne) {
+    zq::Reply reply;
+    EXPECT_EQ(zq::jsonLine(reply), R"({"ok":true})");
+    reply.error = "no \"luck\"\n";
+    EXPECT_EQ(zq::jsonLine(reply), R"({"ok":false,"error":"no \"luck\"\n"})");
+    reply.members = [](JSON::Builder& json) { json.add("code", 7); };
+    EXPECT_EQ(zq::jsonLine(reply), R"({"ok":false,"error":"no \"luck\"\n","code":7})");
+}
+
+TEST(JsonLine, HoldsNothingThatATerminalWouldObey) {
+    zq::Reply reply;
+    reply.error = "a\033[5m\u009b\u202e\x7f\U000e0041 東京";
+    EXPECT_EQ(zq::jsonLine(reply),
+              "{\"ok\":false,\"error\":\"a\\u001b[5m\\u009b\\u202e\\u007f\\udb40\\udc41 東京\"}");
+}
+
+TEST(JsonLine, WritesArraysOfScalars) {
+    JSON::Builder json;
+    json.startChild(nullptr);
+    WideString const items[] = {zq::quoted(L"a\"b"), zq::quoted(L"")};
+    zq::addItems(json, "list", items);
+    zq::addItems(json, "none", {});
+    json.endChild();
+    EXPECT_EQ(zq::utf8(json.getOutput()), R"({"list":["a\"b",""],"none":[]})");
+}
+
+TEST(Interrupts, TheFirstCancelsTheCommandAndTheSecondEndsTheProgram) {
+    Interrupts const interrupts;
+    {
+        Interrupts::Command const command;
+        EXPECT_FALSE(command.isCancelled());
+        ::raise(SIGINT);
+        EXPECT_TRUE(command.isCancelled());
+        EXPECT_EQ(interrupts.endingSignal(), 0);
+        ::raise(SIGINT);
+        EXPECT_EQ(interrupts.endingSignal(), SIGINT);
+    }
+}
+
+TEST(Interrupts, OneBetweenCommandsEndsTheProgram) {
+    Interrupts const interrupts;
+    ::raise(SIGINT);
+    EXPECT_EQ(interrupts.endingSignal(), SIGINT);
+}
+
+TEST(Interrupts, ATerminationCancelsAndEnds) {
+    Interrupts const interrupts;
+    Interrupts::Command const command;
+    ::raise(SIGTERM);
+    EXPECT_TRUE(command.isCancelled());
+    EXPECT_EQ(interrupts.endingSignal(), SIGTERM);
+}
+
+TEST(Interrupts, OneOfACommandDoesNotReachTheNext) {
+    Interrupts const interrupts;
+    {
+        Interrupts::Command const command;
+        ::raise(SIGINT);
+    }
+    Interrupts::Command const next;
+    EXPECT_FALSE(next.isCancelled());
+    EXPECT_EQ(interrupts.endingSignal(), 0);
+}
+
+class Input : public testing::Test {
+protected:
+    Input() {
+        if (::pipe(ends_) != 0) {
+            throw std::runtime_error("no pipe");
+        }
+    }
+    ~Input() override {
+        ::close(ends_[0]);
+        closeWriter();
+    }
+    void write(std::string_view text) {
+        ASSERT_EQ(::write(ends_[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    }
+    void closeWriter() {
+        if (ends_[1] >= 0) {
+            ::close(std::exchange(ends_[1], -1));
+        }
+    }
+    [[nodiscard]] int descriptor() const { return ends_[0]; }
+
+    Interrupts const interrupts_;
+
+private:
+    int ends_[2];
+};
+
+TEST_F(Input, ComesLineByLineWithOrWithoutALastLineEnd) {
+    LineReader reader(descriptor(), interrupts_);
+    write("one\r\n\ntwo");
+    closeWriter();
+    EXPECT_EQ(reader.readLine(""), "one");
+    EXPECT_EQ(reader.readLine(""), "");
+    EXPECT_EQ(reader.readSecret("password: "), "two");
+    EXPECT_EQ(reader.readLine(""), std::nullopt);
+    EXPECT_FALSE(reader.isTerminal());
+}
+
+TEST_F(Input, WithALineThatIsTooLongGoesOnBehindIt) {
+    LineReader reader(descriptor(), interrupts_);
+    std::string const part(LineReader::longestLine / 4, 'x');
+    std::thread writer([&] {
+        for (int i = 0; i < 5; ++i) {
+            write(part);
+        }
+        write("\nnext\n");
+    });
+    EXPECT_THROW(static_cast<void>(reader.readLine("")), std::length_error);
+    EXPECT_EQ(reader.readLine(""), "next");
+    writer.join();
+}
+
+TEST_F(Input, IsNotWaitedForAfterASignal) {
+    LineReader reader(descriptor(), interrupts_);
+    ::raise(SIGTERM);
+    EXPECT_EQ(reader.readLine(""), std::nullopt);
+}
+
+TEST_F(Input, OfACancelledCommandIsNoPassword) {
+    LineReader reader(descriptor(), interrupts_);
+    write("half a password");
+    Interrupts::Command const command;
+    ::raise(SIGINT);
+    EXPECT_EQ(reader.readSecret(""), std::nullopt);
+}
+
+} // namespace
