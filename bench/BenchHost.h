@@ -9,7 +9,6 @@
 #include "host/HostServices.h"
 #include "host/engine/crypto/OpenSSLHash.h"
 #include "host/engine/json/SimdjsonReader.h"
-#include "host/os/OS.h"
 #include "tarn7/Command.h"
 #include "tests/fake_host/FakePreferences.h"
 #include "tests/fake_host/FakeSystem.h"
@@ -56,9 +55,8 @@ private:
 
 class Host {
 public:
-    explicit Host(iMemory* memory = nullptr) {
+    Host() {
         HostServices services;
-        services.memory = memory;
         services.files = &files_;
         services.shell = &shell_;
         services.security = &security_;

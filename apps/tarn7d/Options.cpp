@@ -21,7 +21,7 @@ told to reach the public name at that port. SIGTERM or SIGINT ends it.
 
 Examples:
     tarn7d --data ~/tarn7d --footage ~/footage --listen 127.0.0.1:8443
-    tarn7d --data /tmp/demo/data --footage /tmp/demo/footage --demo
+    tarn7d --data demo/data --footage demo/footage --demo
     tarn7d account add anna --credits 100 --data ~/tarn7d)";
 
 // "HOST:PORT", "[::1]:PORT", or a port alone.

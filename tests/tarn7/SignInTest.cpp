@@ -179,6 +179,16 @@ TEST_F(SignIn, ARefusedSecondSignInLeavesTheSessionInForce) {
     EXPECT_FALSE(resource.searchResultCache.empty());
 }
 
+TEST_F(SignIn, AnEmptyNameThatTheServiceAcceptsIsStillSignedOut) {
+    signIn();
+    host.network.answerWith(answerOf({R"({"cx":56,"cm":78})"}));
+    EXPECT_EQ(resource.login(typedForm("", "")), 0);
+    EXPECT_TRUE(resource.signedInUser.isEmpty());
+    EXPECT_EQ(resource.sessionContext, 56);
+    (void)resource.sendCommand(Tarn7Resource::Command(L"word"));
+    EXPECT_EQ(lastBody().find("apicx"), std::string::npos);
+}
+
 TEST_F(SignIn, AFailureRemembersNoName) {
     EXPECT_EQ(loginAnswered(R"({"e":true})"), 17);
     EXPECT_TRUE(host.preferences.writes().empty());

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <initializer_list>
-#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -105,10 +104,6 @@ protected:
         return resource.searchInternal(query);
     }
     [[nodiscard]] std::string lastBody() const { return host.network.lastRequest().body; }
-    [[nodiscard]] bool hasWritten(char const* key) const {
-        auto const writes = host.preferences.writes();
-        return std::ranges::any_of(writes, [key](auto const& write) { return write.key == key; });
-    }
 
     fake::Host host;
     TestResource resource;

@@ -1,4 +1,5 @@
-// The bodies of requests, byte for byte, as files under golden/. Each file holds one body and a line end.
+// The bodies of requests, byte for byte, as files under golden/. Each file holds one body and a line end,
+// made with the service values that a build has by default.
 //
 // With TARN7_WRITE_GOLDEN set in the environment a file that differs is written anew, and its test fails all
 // the same: the new text is for a person to look at.
@@ -32,7 +33,7 @@ protected:
     void SetUp() override { connect(); }
 
     void TearDown() override {
-        if (!HasFailure() && !IsSkipped()) {
+        if (!HasFailure()) {
             EXPECT_TRUE(compared_) << "this test compared no body";
         }
     }

@@ -1,13 +1,13 @@
 #include "apps/tarn7d/Protocol.h"
 
 #include <fstream>
-#include <regex>
 #include <set>
 #include <sstream>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "apps/tarn7d/Text.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/tarn7d/TestFootage.h"
 #include "tests/tarn7d/TestRequests.h"
@@ -26,6 +26,15 @@ std::string documentText() {
     std::ostringstream text;
     text << std::ifstream(TARN7D_PROTOCOL_DOCUMENT).rdbuf();
     return text.str();
+}
+
+std::vector<std::string> documentLines() {
+    std::istringstream text(documentText());
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(text, line);) {
+        lines.push_back(line);
+    }
+    return lines;
 }
 
 class ProtocolTest : public testing::Test {
@@ -241,9 +250,11 @@ TEST_F(ProtocolTest, AHostileCommandWordDoesNotBreakTheAnswer) {
 TEST(ProtocolDocument, NamesTheCommandsOfTheTable) {
     std::set<std::string> documented;
     std::string const document = documentText();
-    std::regex const heading("### `([a-z_]+)`");
-    for (std::sregex_iterator at(document.begin(), document.end(), heading), end; at != end; ++at) {
-        documented.insert((*at)[1]);
+    for (std::string const& line : documentLines()) {
+        constexpr std::string_view before = "### `";
+        if (line.starts_with(before) && line.ends_with('`')) {
+            documented.insert(line.substr(before.size(), line.size() - before.size() - 1));
+        }
     }
     std::set<std::string> known;
     for (CommandRow const& row : commandTable()) {
@@ -260,10 +271,20 @@ TEST(ProtocolDocument, NamesTheCommandsOfTheTable) {
 
 TEST(ProtocolDocument, NamesTheErrorCodesOfTheTable) {
     std::set<std::string> documented;
-    std::string const document = documentText();
-    std::regex const row(R"(\n\| (\d+) \| ([a-z -]+) \| (reply|answer) \|)");
-    for (std::sregex_iterator at(document.begin(), document.end(), row), end; at != end; ++at) {
-        documented.insert((*at)[1].str() + " " + (*at)[2].str());
+    for (std::string const& line : documentLines()) {
+        // "| code | name | reply or answer | meaning |"
+        std::istringstream cells(line);
+        std::string none;
+        std::string number;
+        std::string name;
+        std::string where;
+        std::getline(cells, none, '|');
+        std::getline(cells, number, '|');
+        std::getline(cells, name, '|');
+        std::getline(cells, where, '|');
+        if (where == " reply " || where == " answer ") {
+            documented.insert(cleanText(number) + " " + cleanText(name));
+        }
     }
     std::set<std::string> known;
     for (ErrorRow const& error : errorTable()) {

@@ -21,17 +21,20 @@ using GenericParam::ChoiceParam;
 using GenericParam::iParam;
 using Groups = LightweightVector<SearchOptionGroup>;
 
-// The value in the form that "set" takes: the tag of the chosen entry, or true or false.
+// The value in the form that "set" takes, the tag of the chosen entry or true or false, and the place of what
+// is chosen. Every parameter has the same members, so that a reader needs no case of its own for a boolean.
 void addValue(JSON::Builder& json, iParam const& param) {
     auto const* const choice = dynamic_cast<ChoiceParam const*>(&param);
-    if (choice == nullptr) {
-        json.add("value", param.getValueAsString(), dynamic_cast<BoolParam const*>(&param) == nullptr);
-        return;
+    auto const* const flag = dynamic_cast<BoolParam const*>(&param);
+    if (choice != nullptr) {
+        json.add("value", choice->getTag());
+        addNumber(json, "position", choice->getValue());
+    } else {
+        json.add("value", param.getValueAsString(), flag == nullptr);
+        addNumber(json, "position", flag != nullptr && flag->getValue() ? 1 : 0);
     }
-    json.add("value", choice->getTag());
-    addNumber(json, "position", choice->getValue());
     json.startArray("choices");
-    for (Choice const& entry : choice->getChoices()) {
+    for (Choice const& entry : choice != nullptr ? choice->getChoices() : LightweightVector<Choice>()) {
         json.startChild(nullptr);
         json.add("text", label(entry.text), true);
         json.add("tag", entry.tag);

@@ -82,7 +82,7 @@ std::string pictures(Session& session, SearchResults const& results) {
         if (BackgroundTaskQueueBase::getCurrentTaskStatus() == iBackgroundTask::eCancelling) {
             throw CommandError("interrupted");
         }
-        text += plainText(utf8(asset.id)) + "\n";
+        text += plainText(utf8(asset.id) + "  " + cell(asset, LogAttribute(LogAttribute::eName))) + "\n";
         Zq::Ptr<iHostImage> const image = session.connected().getThumbnail(asset);
         text += image ? halfBlockPicture(*image, limit > 0 ? std::min(limit, pictureColumns) : pictureColumns)
                       : std::string("(no picture)\n");

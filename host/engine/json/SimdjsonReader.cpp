@@ -1,7 +1,6 @@
 #include "host/engine/json/SimdjsonReader.h"
 
 #include <algorithm>
-#include <bit>
 #include <memory>
 #include <new>
 #include <string>
@@ -32,10 +31,10 @@ struct Workspace {
 // Larger texts bring a workspace of their own, so that one of them does not leave a thread holding its
 // memory.
 constexpr std::size_t largestKept = std::size_t{1} << 20;
-constexpr std::size_t smallestKept = std::size_t{64} << 10;
+constexpr std::size_t growthStep = std::size_t{64} << 10;
 
 bool makeRoom(Workspace& workspace, std::size_t length) {
-    std::size_t const capacity = std::max(std::bit_ceil(length), smallestKept);
+    std::size_t const capacity = (length + growthStep - 1) / growthStep * growthStep;
     // One level more than allowed: where an empty innermost array counts is decided while the tree is built.
     if (workspace.parser.capacity() < length &&
         workspace.parser.allocate(capacity, SimdjsonReader::deepestNesting + 1) != simdjson::SUCCESS) {
