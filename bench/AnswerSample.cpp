@@ -21,7 +21,8 @@ struct Variant {
 
 constexpr Variant variants[] = {
     {"Sunset over the harbour, boats at anchor", "H.264 (high, avc1)", "29.97", "30", 4, 1920, 1080, "PCM"},
-    {"Aerial view of a winding mountain road", "Apple ProRes 422 (hq)", "23.976", "24", 6, 3840, 2160, "no snd"},
+    {"Aerial view of a winding mountain road", "Apple ProRes 422 (hq)", "23.976", "24", 6, 3840, 2160,
+     "no snd"},
     {"Caf\\u00e9 terrace in the rain \\u2014 slow motion", "PhotoJPEG", "25", "25", 3, 720, 576, "AAC"},
     {"\\u6771\\u4eac\\u306e\\u591c\\u666f", "Avid DNxHD", "59.94", "60", 5, 1280, 720, "no snd"},
 };
@@ -40,8 +41,8 @@ std::string item(std::size_t number) {
         R"("license":"standard","editorial":false,"color":"#e0a060","thumb":null})",
         number + 1, variant.title, 5 + number % 120, 1000 + number * 37 % 90000, variant.coarseRate,
         variant.rate, variant.standard, variant.width, variant.height, number % 3 == 0 ? "4:3" : "16:9",
-        variant.codec, variant.sound, number % 97, number % 97, 1 + number % 28, 20 + number % 900, number % 10,
-        number * 13 % 10000, number * 7 % 500, variant.width, variant.height);
+        variant.codec, variant.sound, number % 97, number % 97, 1 + number % 28, 20 + number % 900,
+        number % 10, number * 13 % 10000, number * 7 % 500, variant.width, variant.height);
     return std::string(text, static_cast<std::size_t>(size));
 }
 

@@ -1,5 +1,5 @@
-// Peak memory of a page of 1,000 clips, from the bytes of the answer to the finished results, against the size of
-// the answer: what the process holds resident at its highest, by the kernel's own account.
+// Peak memory of a page of 1,000 clips, from the bytes of the answer to the finished results, against the
+// size of the answer: what the process holds resident at its highest, by the kernel's own account.
 
 #include <cstdio>
 #include <fstream>

@@ -1,5 +1,5 @@
-// A search through the repository and the engine, beside the same request by libcurl on a kept connection: both
-// over TLS on loopback, to the embedded service with a small library.
+// A search through the repository and the engine, beside the same request by libcurl on a kept connection:
+// both over TLS on loopback, to the embedded service with a small library.
 
 #include <cstdlib>
 #include <filesystem>

@@ -42,9 +42,13 @@ iMemory::~iMemory() = default;
 iRefCounts::~iRefCounts() = default;
 iShell::~iShell() = default;
 
-HostServices installHost(HostServices const& next) noexcept { return std::exchange(services, next); }
+HostServices installHost(HostServices const& next) noexcept {
+    return std::exchange(services, next);
+}
 
-HostServices const& installedHost() noexcept { return services; }
+HostServices const& installedHost() noexcept {
+    return services;
+}
 
 iOS const& OS() noexcept {
     static constexpr iOS root;
@@ -59,18 +63,30 @@ iRefCounts& iOS::refCounts() const noexcept {
     return services.refCounts != nullptr ? *services.refCounts : everlasting<AtomicRefCounts>();
 }
 
-iFileManager& iOS::fileManager() const noexcept { return *services.files; }
+iFileManager& iOS::fileManager() const noexcept {
+    return *services.files;
+}
 
-iShell& iOS::shell() const noexcept { return *services.shell; }
+iShell& iOS::shell() const noexcept {
+    return *services.shell;
+}
 
 namespace Zq {
 
-void addReference(RefCount& handle) noexcept { OS().refCounts().add(handle); }
+void addReference(RefCount& handle) noexcept {
+    OS().refCounts().add(handle);
+}
 
-std::uint32_t releaseReference(RefCount& handle) noexcept { return OS().refCounts().release(handle); }
+std::uint32_t releaseReference(RefCount& handle) noexcept {
+    return OS().refCounts().release(handle);
+}
 
 } // namespace Zq
 
-void* HostAllocated::operator new(std::size_t size) noexcept { return OS().memory().allocate(size); }
+void* HostAllocated::operator new(std::size_t size) noexcept {
+    return OS().memory().allocate(size);
+}
 
-void HostAllocated::operator delete(void* memory) noexcept { OS().memory().free(memory); }
+void HostAllocated::operator delete(void* memory) noexcept {
+    OS().memory().free(memory);
+}

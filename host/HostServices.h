@@ -36,7 +36,7 @@ struct HostServices {
     iClock* clock = nullptr;
     iCacheStore* cache = nullptr;    // null: nothing is cached on disk
     iImageDecoder* images = nullptr; // null: no picture can be read
-    iTaskContext* tasks = nullptr;       // null: no thread runs a task
+    iTaskContext* tasks = nullptr;   // null: no thread runs a task
 };
 
 // Makes the services of `services` the ones behind every door and gives back those before them. The services

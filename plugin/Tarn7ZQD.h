@@ -1,4 +1,4 @@
-// The plug-in object: brings the Tarn7 repository to the host.
+// The plug-in object: brings the Tarn7 repository to the host. Thread: loader.
 #pragma once
 
 #include "host/modules/ZqPluginBase.h"

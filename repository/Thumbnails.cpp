@@ -88,7 +88,7 @@ WideString Thumbnails::fetch(WideString const& address, ParsedURI const& place) 
         }
     } const mark{*this, address};
     // Another thread may have fetched it since the caller looked.
-    if (WideString const cached = cache->find(address); decode(cached)) {
+    if (WideString cached = cache->find(address); decode(cached)) {
         return cached;
     }
     return transfer(address, place, *cache);

@@ -1,6 +1,7 @@
 #include "apps/tarn7d/AccountCommand.h"
 
 #include <iostream>
+#include <memory>
 #include <stdexcept>
 
 #include <sys/stat.h>
@@ -8,6 +9,7 @@
 #include <unistd.h>
 
 #include "apps/tarn7d/Accounts.h"
+#include "apps/tarn7d/DataFolder.h"
 #include "apps/tarn7d/Text.h"
 
 namespace tarn7d {
@@ -57,9 +59,23 @@ void require(bool done, std::string const& otherwise) {
     }
 }
 
+std::unique_ptr<Accounts> open(std::filesystem::path const& file) {
+    try {
+        return std::make_unique<Accounts>(file);
+    } catch (std::exception const& error) {
+        throw std::runtime_error("cannot open the accounts " + file.string() + ": " + error.what());
+    }
+}
+
 void run(AccountOptions const& options) {
-    std::filesystem::create_directories(options.data);
-    Accounts accounts(options.data / "accounts.db");
+    std::filesystem::path const file = options.data / "accounts.db";
+    if (options.action == AccountOptions::Action::add) {
+        makePrivateFolder(options.data);
+    } else {
+        require(std::filesystem::exists(file), "there are no accounts in " + options.data.string());
+    }
+    std::unique_ptr<Accounts> const opened = open(file);
+    Accounts& accounts = *opened;
     std::string const missing = "there is no account of that name";
     switch (options.action) {
     case AccountOptions::Action::add:

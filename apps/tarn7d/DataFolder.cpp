@@ -24,7 +24,7 @@ std::string reason(int error) {
 
 } // namespace
 
-DataFolder::DataFolder(fs::path const& folder) {
+void makePrivateFolder(fs::path const& folder) {
     std::error_code error;
     if (fs::create_directories(folder, error)) {
         fs::permissions(folder, fs::perms::owner_all, error);
@@ -32,6 +32,11 @@ DataFolder::DataFolder(fs::path const& folder) {
     if (error || !fs::is_directory(folder, error)) {
         fail("cannot use the data folder", folder, error ? error.message() : "not a folder");
     }
+}
+
+DataFolder::DataFolder(fs::path const& folder) {
+    makePrivateFolder(folder);
+    std::error_code error;
     path_ = fs::canonical(folder, error);
     fs::path const lockFile = path_ / "lock";
     lock_ = ::open(lockFile.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);

@@ -5,6 +5,9 @@
 
 namespace tarn7d {
 
+// Makes the folder if it is missing, for its owner alone. Throws std::runtime_error saying why not.
+void makePrivateFolder(std::filesystem::path const& folder);
+
 // Holds the folder for this process, by a lock that ends with the process however it ends.
 class DataFolder {
 public:

@@ -58,6 +58,12 @@ constexpr AccountRow accountRows[] = {
      AccountOptions::Action::password},
 };
 
+// No account of a studio holds more, and the sum of all stays far below 64 bits.
+CLI::Validator creditsRange() {
+    constexpr std::int64_t largest = 1'000'000'000;
+    return CLI::Range(std::int64_t{0}, largest);
+}
+
 void addAccountCommands(CLI::App& app, AccountOptions& options) {
     CLI::App* const account =
         app.add_subcommand("account", "Work on the accounts, also while the service runs");
@@ -69,13 +75,12 @@ void addAccountCommands(CLI::App& app, AccountOptions& options) {
             command->add_option("name", options.name, "Name of the account")->required();
         }
         if (row.action == AccountOptions::Action::add) {
-            command->add_option("--credits", options.credits, "Credits to begin with")
-                ->check(CLI::NonNegativeNumber);
+            command->add_option("--credits", options.credits, "Credits to begin with")->check(creditsRange());
         }
         if (row.action == AccountOptions::Action::credits) {
             command->add_option("amount", options.credits, "Credits the account has from now on")
                 ->required()
-                ->check(CLI::NonNegativeNumber);
+                ->check(creditsRange());
         }
         command->callback([&options, action = row.action] { options.action = action; });
     }

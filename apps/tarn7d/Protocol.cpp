@@ -95,7 +95,8 @@ std::string digestOf(std::string_view commandText) {
 
 std::optional<CommandError> checkEnvelope(JSON::Element const& envelope) {
     if (!equalInConstantTime(envelope.getStringView("api_key"), apiKey())) {
-        return CommandError{ErrorCode::badKey, "The key is not known to this service"};
+        return CommandError{ErrorCode::badKey,
+                            "The key is not known to this service: the client is made for another one"};
     }
     if (envelope.getInt("ver", 0) != 1) {
         return CommandError{ErrorCode::badRequest, "Only version 1 of the protocol is spoken here"};

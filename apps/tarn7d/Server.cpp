@@ -87,13 +87,22 @@ void useCertificate(SSL_CTX* context, CertificateFiles const& files) {
     SSL_CTX_set_session_id_context(context, sessionContext, sizeof sessionContext - 1);
 }
 
-template <class Opened>
-auto openOrExplain(char const* what, Opened open) {
+template <class Store, class... More>
+std::unique_ptr<Store> openOrExplain(char const* what, fs::path const& file, More const&... more) {
     try {
-        return open();
+        return std::make_unique<Store>(file, more...);
     } catch (std::exception const& error) {
-        throw std::runtime_error(std::string("cannot open the ") + what + ": " + error.what());
+        throw std::runtime_error(
+            std::string("cannot open the ") + what + " " + file.string() + ": " + error.what() +
+            "; make it writable, put a sound copy in its place, or move it away to begin "
+            "with an empty one");
     }
+}
+
+// Refuses what start would refuse: before footage is made, which takes a while.
+ServerOptions checked(ServerOptions options) {
+    (void)loopbackAddress(options.host);
+    return options;
 }
 
 // What the service writes must not come back to it as footage.
@@ -120,14 +129,11 @@ fs::path existingFolder(fs::path const& folder) {
 class Server::Implementation {
 public:
     explicit Implementation(ServerOptions options)
-        : options_(std::move(options)), footage_(existingFolder(options_.footage)),
+        : options_(checked(std::move(options))), footage_(existingFolder(options_.footage)),
           folder_(dataFolderApart(options_.data, footage_)),
           certificates_(ensureCertificates(folder_.path(), certificateNames(options_))),
-          catalogue_(openOrExplain(
-              "catalogue",
-              [this] { return std::make_unique<Catalogue>(folder_.path() / "catalogue.db", footage_); })),
-          accounts_(openOrExplain(
-              "accounts", [this] { return std::make_unique<Accounts>(folder_.path() / "accounts.db"); })),
+          catalogue_(openOrExplain<Catalogue>("catalogue", folder_.path() / "catalogue.db", footage_)),
+          accounts_(openOrExplain<Accounts>("accounts", folder_.path() / "accounts.db")),
           renditions_(folder_.path() / "renditions", *catalogue_),
           protocol_({*catalogue_, *accounts_, sessions_, throttle_,
                      "https://" + options_.publicName + "/icons/",

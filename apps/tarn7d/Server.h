@@ -27,15 +27,15 @@ struct ServerOptions {
 
 class Server {
 public:
-    // Locks the data folder and opens everything in it. Throws std::runtime_error with a text for the user.
+    // Locks the data folder and opens everything in it. Throws std::runtime_error with a text for the user,
+    // also where the host is not of the loopback interface.
     explicit Server(ServerOptions options);
     ~Server();
     Server(Server const&) = delete;
     Server& operator=(Server const&) = delete;
 
     // Looks the footage folder through, for at most five seconds before it goes on in the background, and
-    // begins to answer. Gives the port. Throws std::runtime_error when the port is taken or the host is not
-    // of the loopback interface. Call once.
+    // begins to answer. Gives the port. Throws std::runtime_error when the port is taken. Call once.
     int start();
 
     // Ends all connections and background work, and returns when they have ended. Also done by the

@@ -6,22 +6,29 @@ namespace zq {
 
 namespace {
 
-// Why the answer says no; nothing where it does not. A service says so by the flag "e", or by a text "s" in
-// the first reply of "commands".
-std::optional<std::string> refusalIn(Zq::Ptr<JSON::Element> const& answer) {
+constexpr char const* notAnAnswer = "the service's answer cannot be understood; check in host.toml that "
+                                    "[network] connect leads to the right server";
+
+std::string refusal(std::string_view reason) {
+    return "the service refused the request" + (reason.empty() ? "" : ": " + std::string(reason));
+}
+
+// What is wrong with the answer; nothing where it gives what was asked for. A service says no by the flag
+// "e", or by a text "s" in the first reply of "commands". Every other answer has replies, or an "info".
+std::optional<std::string> failureIn(Zq::Ptr<JSON::Element> const& answer) {
     if (!answer) {
-        return "its answer cannot be read";
+        return notAnAnswer;
     }
     Zq::Ptr<JSON::Element> const commands = answer->getChild("commands");
     Zq::Ptr<JSON::Element> const first = JSON::orEmpty(commands).getChild(std::uint16_t{0});
     std::string_view const reason = JSON::orEmpty(first).getStringView("s");
     if (!reason.empty()) {
-        return std::string(reason);
+        return refusal(reason);
     }
     if (answer->getBool("e", false)) {
-        return std::string(answer->getStringView("s"));
+        return refusal(answer->getStringView("s"));
     }
-    return std::nullopt;
+    return first || answer->getChild("info") ? std::nullopt : std::optional<std::string>(notAnAnswer);
 }
 
 } // namespace
@@ -40,10 +47,10 @@ AnswerWatch::~AnswerWatch() {
 
 Zq::Ptr<JSON::Element> AnswerWatch::parse(iMemHolder const& bytes) {
     Zq::Ptr<JSON::Element> answer = reader_.parse(bytes);
-    if (std::optional<std::string> reason = refusalIn(answer)) {
+    if (std::optional<std::string> failure = failureIn(answer)) {
         std::lock_guard const lock(mutex_);
-        ++heard_.refusals;
-        heard_.lastReason = std::move(*reason);
+        ++heard_.failures;
+        heard_.lastFailure = std::move(*failure);
     }
     return answer;
 }

@@ -1,5 +1,5 @@
-// Listens at the host's JSON reader for answers in which a service says no: the repositories drop such an
-// answer and report nothing, but a person who sees an empty list wants to know.
+// Listens at the host's JSON reader for answers in which a service says no, or which are no answers: the
+// repositories drop them and report nothing, but a person who sees an empty list wants to know.
 #pragma once
 
 #include <cstdint>
@@ -15,8 +15,8 @@ class AnswerWatch final : public iJSONReader {
 public:
     // What was heard so far.
     struct Heard {
-        std::uint64_t refusals = 0; // answers that say no, and answers that are not JSON
-        std::string lastReason;     // of the service itself, not made plain; may be empty
+        std::uint64_t failures = 0; // answers that say no, and texts that are no answer of a service
+        std::string lastFailure;    // with the service's own words, not made plain
     };
 
     // Stands before the installed reader while this lives. Thread: as installHost.

@@ -68,7 +68,7 @@ PreparedCommand prepareCommand(std::vector<std::string> const& words, Output::Fo
         return prepared;
     }
     std::unique_ptr<Command> command = prepared.entry->make();
-    CLI::App options(prepared.entry->summary, prepared.entry->name);
+    CLI::App options(prepared.entry->summary, "zq " + std::string(prepared.entry->name));
     bool json = format == Output::Format::json;
     options.add_flag("--json", json, "answer with one line of JSON");
     command->declare(options);

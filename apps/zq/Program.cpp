@@ -30,6 +30,17 @@ struct Arguments {
     std::vector<std::string> words; // of the command
 };
 
+// The failure of the whole program: for a person always, for a program as the one line that it waits for.
+int reportUnusable(Output& output, std::string const& error, Output::Format format) {
+    output.fail(error);
+    if (format == Output::Format::json) {
+        Reply reply;
+        reply.error = error;
+        output.print(reply, format);
+    }
+    return unusable;
+}
+
 // The arguments, or the exit status where there is nothing to run.
 class ArgumentReader {
 public:
@@ -54,19 +65,20 @@ public:
         } catch (CLI::CallForVersion const&) {
             return answer(output, std::string("zq ") + version + "\n");
         } catch (CLI::ParseError const& error) {
-            output.fail(error.what());
-            return unusable;
+            bool const wantsJson = std::ranges::find(arguments, "--json") != arguments.end();
+            return reportUnusable(output, error.what(),
+                                  wantsJson ? Output::Format::json : Output::Format::text);
         }
         arguments_.words = options_.remaining();
         arguments_.engine.home = home_;
         arguments_.format = json_ ? Output::Format::json : Output::Format::text;
         if (arguments_.words.empty()) {
-            output.fail("no command; \"zq --help\" lists them");
-            return unusable;
+            return reportUnusable(output, "no command; \"zq --help\" lists them", arguments_.format);
         }
         if (arguments_.words.front().starts_with('-')) {
-            output.fail("there is no option " + arguments_.words.front() + "; \"zq --help\" lists them");
-            return unusable;
+            return reportUnusable(
+                output, "there is no option " + arguments_.words.front() + "; \"zq --help\" lists them",
+                arguments_.format);
         }
         return std::nullopt;
     }
@@ -87,17 +99,6 @@ private:
     std::string home_;
     bool json_ = false;
 };
-
-// The failure of the whole program: for a person always, for a program as the one line that it waits for.
-int reportUnusable(Output& output, std::string const& error, Output::Format format) {
-    output.fail(error);
-    if (format == Output::Format::json) {
-        Reply reply;
-        reply.error = error;
-        output.print(reply, format);
-    }
-    return unusable;
-}
 
 void warnOfProblems(Output const& output, engine::Engine& engine, engine::ModuleLoader const& modules) {
     for (std::string const& problem : engine.network().problems()) {

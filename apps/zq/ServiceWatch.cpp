@@ -24,14 +24,14 @@ std::optional<std::string> ServiceWatch::failure() const {
     for (engine::ServerStatistics const& now : statistics_()) {
         engine::ServerStatistics const earlier = find(before_, now.server);
         if (now.failures > earlier.failures) {
-            return "the service could not be reached: " + now.lastError;
+            return "the request to the service failed: " + now.lastError;
         }
         if (now.refusals > earlier.refusals) {
-            return "the service refused the request: " + now.server + " answered with an error status";
+            return "the service refused the request: " + now.lastError;
         }
     }
-    if (AnswerWatch::Heard const heard = answers_.heard(); heard.refusals > heardBefore_.refusals) {
-        return "the service refused the request" + (heard.lastReason.empty() ? "" : ": " + heard.lastReason);
+    if (AnswerWatch::Heard heard = answers_.heard(); heard.failures > heardBefore_.failures) {
+        return std::move(heard.lastFailure);
     }
     return std::nullopt;
 }

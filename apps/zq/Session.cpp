@@ -56,6 +56,9 @@ SearchResults Session::search(SearchQuery const& query) {
             throw CommandError("the search could not be sent");
         }
     }
+    if (results.assets.empty() && results.totalCount != 0 && query.page == SearchQuery{}.page) {
+        throw CommandError("the service's answer cannot be used: it counts clips and holds none");
+    }
     for (RemoteAsset const& asset : results.assets) {
         remember(asset);
     }
@@ -82,7 +85,10 @@ RemoteAsset Session::findAsset(std::string const& id) {
         found = assets_.find(wanted);
     }
     if (found == assets_.end()) {
-        throw CommandError("no search of this process found a clip " + id + ", nor did one for its number");
+        // The search has told the repository where the service keeps its files, and they go by the id.
+        RemoteAsset unseen;
+        unseen.id = wanted;
+        return unseen;
     }
     return found->second;
 }

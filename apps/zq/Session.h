@@ -47,8 +47,8 @@ public:
 
     // Searches. Throws CommandError where the page is empty because a request failed.
     [[nodiscard]] SearchResults search(SearchQuery const& query);
-    // The asset of that id, from the searches of this process; failing that, from a new search for the id.
-    // Throws CommandError where it is not found.
+    // The asset of that id, from the searches of this process; failing that, from a new search for the id,
+    // and else one with nothing but the id. Throws CommandError where the search fails.
     [[nodiscard]] RemoteAsset findAsset(std::string const& id);
 
 private:

@@ -1,4 +1,5 @@
 // A column of the host's lists and logs: what it is called, how its values are kept, and who may change them.
+// A value. Thread: any.
 #pragma once
 
 #include <cstdint>
@@ -35,8 +36,8 @@ public:
 
     // The well-known attribute of that type, editable; for an unknown type, one without a name.
     explicit LogAttribute(eType type);
-    // A custom attribute. The key names its values where the host keeps them; `width` is the preferred width of
-    // its column in pixels, where 1 leaves it to the screen.
+    // A custom attribute. The key names its values where the host keeps them; `width` is the preferred width
+    // of its column in pixels, where 1 leaves it to the screen.
     LogAttribute(UIString displayName, char const* key, DBFieldTypes::eType fieldType, std::uint32_t flags,
                  std::uint32_t width, eType type);
 

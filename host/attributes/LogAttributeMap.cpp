@@ -6,7 +6,9 @@
 
 namespace {
 
-bool isCustom(LogAttribute const& attribute) { return attribute.getType() >= LogAttribute::eFirstCustom; }
+bool isCustom(LogAttribute const& attribute) {
+    return attribute.getType() >= LogAttribute::eFirstCustom;
+}
 
 auto sameAs(LogAttribute const& attribute) {
     return [&attribute, custom = isCustom(attribute)](LogAttributeMap::Entry const& entry) {

@@ -1,4 +1,4 @@
-// Texts by attribute.
+// Texts by attribute. A value. Thread: any.
 #pragma once
 
 #include <cstdint>

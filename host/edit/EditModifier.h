@@ -1,4 +1,4 @@
-// Edits and documents as a repository hands them out.
+// Edits and documents as a repository hands them out. Thread: repository.
 #pragma once
 
 #include "host/object/Ptr.h"

@@ -153,8 +153,16 @@ std::string const& Engine::language() const noexcept {
 }
 
 std::vector<std::filesystem::path> Engine::moduleFolders() const {
-    return environment_->settings.modulePath.empty() ? std::vector{environment_->programFolder}
-                                                     : environment_->settings.modulePath;
+    if (!environment_->settings.modulePath.empty()) {
+        return environment_->settings.modulePath;
+    }
+    std::vector<std::filesystem::path> folders{environment_->programFolder};
+    std::filesystem::path installed = (environment_->programFolder / "../lib/zq/modules").lexically_normal();
+    std::error_code error;
+    if (std::filesystem::is_directory(installed, error)) {
+        folders.push_back(std::move(installed));
+    }
+    return folders;
 }
 
 CurlNetwork& Engine::network() noexcept {

@@ -39,7 +39,8 @@ public:
     [[nodiscard]] HostSettings const& settings() const noexcept;
     // The language of the texts, as "de".
     [[nodiscard]] std::string const& language() const noexcept;
-    // The folders that are searched for modules: those of host.toml, else the program's.
+    // The folders that are searched for modules: those of host.toml, else the program's and, where it is
+    // there, lib/zq/modules beside the program's.
     [[nodiscard]] std::vector<std::filesystem::path> moduleFolders() const;
     [[nodiscard]] CurlNetwork& network() noexcept;
 

@@ -1,4 +1,6 @@
 // The elements of one parsed answer, their members and their texts, owned together. A JSON reader builds one.
+//
+// Thread: one at a time while it is built; reading its elements, any.
 #pragma once
 
 #include <cstdint>

@@ -15,9 +15,9 @@ public:
 
 namespace JSON {
 
-// The element of a JSON text (RFC 8259, UTF-8); null for null and for bytes that are not JSON. A text that is a
-// single scalar gives an element with that member under the empty key. Numbers beyond a double's exact range
-// lose precision; numbers beyond its range become the largest double. Thread: any.
+// The element of a JSON text (RFC 8259, UTF-8); null for null and for bytes that are not JSON. A text that is
+// a single scalar gives an element with that member under the empty key. Numbers beyond a double's exact
+// range lose precision; numbers beyond its range become the largest double. Thread: any.
 [[nodiscard]] ZQ_API Zq::Ptr<Element> parse(Zq::Ptr<iMemHolder> const& bytes);
 
 } // namespace JSON

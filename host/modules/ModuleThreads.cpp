@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -15,9 +16,12 @@ struct Modules {
     bool refused = false;
 };
 
+// Never destroyed: a module that is still loaded when the program ends detaches after the destructors of this
+// library have run.
 Modules& modules() noexcept {
-    static Modules all;
-    return all;
+    alignas(Modules) static unsigned char storage[sizeof(Modules)];
+    static Modules* const all = ::new (static_cast<void*>(storage)) Modules;
+    return *all;
 }
 
 void notifyAll(ModuleReason reason) noexcept {
@@ -53,8 +57,12 @@ bool takeRefusal() noexcept {
     return std::exchange(modules().refused, false);
 }
 
-ThreadAttachment::ThreadAttachment() noexcept { notifyAll(ModuleReason::threadAttach); }
+ThreadAttachment::ThreadAttachment() noexcept {
+    notifyAll(ModuleReason::threadAttach);
+}
 
-ThreadAttachment::~ThreadAttachment() { notifyAll(ModuleReason::threadDetach); }
+ThreadAttachment::~ThreadAttachment() {
+    notifyAll(ModuleReason::threadDetach);
+}
 
 } // namespace Zq

@@ -1,4 +1,4 @@
-// What a plug-in registers with the host.
+// What a plug-in registers with the host. Thread: loader.
 #pragma once
 
 #include <cstdint>

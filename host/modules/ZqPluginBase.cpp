@@ -18,7 +18,9 @@ ZqPluginBase::~ZqPluginBase() {
     }
 }
 
-void ZqPluginBase::postLoadInitialization() { loaded = 1; }
+void ZqPluginBase::postLoadInitialization() {
+    loaded = 1;
+}
 
 void ZqPluginBase::postEnumerationInitialization() {}
 
@@ -27,9 +29,13 @@ void ZqPluginBase::preUnloadDeinitialization() {
     closedown();
 }
 
-void ZqPluginBase::enable() { enabled_ = true; }
+void ZqPluginBase::enable() {
+    enabled_ = true;
+}
 
-void ZqPluginBase::disable() { enabled_ = false; }
+void ZqPluginBase::disable() {
+    enabled_ = false;
+}
 
 void ZqPluginBase::registerComponent(ZqComponentBase* component) {
     if (component != nullptr) {
@@ -38,7 +44,7 @@ void ZqPluginBase::registerComponent(ZqComponentBase* component) {
 }
 
 void ZqPluginBase::closedown() {
-    std::exception_ptr first;
+    std::exception_ptr failure;
     while (!components_.empty()) {
         ZqComponentBase* const component = components_.back();
         components_.pop_back();
@@ -47,13 +53,13 @@ void ZqPluginBase::closedown() {
             try {
                 files->forgetProvidersOf(*component);
             } catch (...) {
-                first = std::current_exception();
+                failure = std::current_exception();
             }
         }
         delete component;
     }
-    if (first) {
-        std::rethrow_exception(first);
+    if (failure) {
+        std::rethrow_exception(failure);
     }
 }
 

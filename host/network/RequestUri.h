@@ -1,4 +1,4 @@
-// What a request is made of, and its text as a query or as a form.
+// What a request is made of, and its text as a query or as a form. A value. Thread: any.
 #pragma once
 
 #include <vector>

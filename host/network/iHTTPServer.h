@@ -2,6 +2,8 @@
 //
 // Every address is relative to the server's root, with or without the leading "/": "?page=api" goes to
 // "/?page=api". Certificates are always verified. A cancelled task ends its transfer within half a second.
+//
+// Thread: any. A request blocks its thread until it has ended; requests of several threads run side by side.
 #pragma once
 
 #include <cstdint>
@@ -13,13 +15,13 @@
 
 // The record from which the host makes an iHTTPServer.
 struct HTTPConnectionInfo {
-    WideString server;       // host name without a scheme; may carry a port, as "localhost:8443"
-    std::int32_t port = 0;   // 0: the port of `server`, or the scheme's own
-    WideString user;         // the account that the connection is shown under; never sent
-    WideString realm;        // unused by the resources
+    WideString server;               // host name without a scheme; may carry a port, as "localhost:8443"
+    std::int32_t port = 0;           // 0: the port of `server`, or the scheme's own
+    WideString user;                 // the account that the connection is shown under; never sent
+    WideString realm;                // unused by the resources
     std::vector<WideString> headers; // further header lines, "Name: value"
-    WideString userAgent;    // empty: the host's own
-    std::uint8_t secure = 0; // the flag: 1 for https
+    WideString userAgent;            // empty: the host's own
+    std::uint8_t secure = 0;         // the flag: 1 for https
 };
 
 class ZQ_API iHTTPReply : public virtual iObject {
@@ -49,7 +51,7 @@ public:
     [[nodiscard]] virtual Zq::Ptr<iHTTPReply> get(WideString const& path) = 0;
     // POST of a form, sent at most once; null when no whole answer came. At most 64 MiB.
     [[nodiscard]] virtual Zq::Ptr<iHTTPReply> postForm(WideString const& body, WideString const& path) = 0;
-    // GET of a file of any size. The HTTP status if the whole announced body arrived and the receiver took all
-    // of it, else 0. The body of an answer other than 200 is not handed to the receiver.
+    // GET of a file of any size. The HTTP status if the whole announced body arrived and the receiver took
+    // all of it, else 0. The body of an answer other than 200 is not handed to the receiver.
     [[nodiscard]] virtual int httpGetToReceiver(WideString const& path, iDataReceiver& receiver) = 0;
 };

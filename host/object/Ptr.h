@@ -23,6 +23,10 @@ struct InternalRefCountTraits {
     }
 };
 
+// A pointer to From is a pointer to To.
+template <class From, class To>
+concept PointsAs = std::is_convertible_v<From*, To*>;
+
 // A count handle and an object pointer. Null is normal. The two usually belong to one object; with the
 // aliasing constructor the pointer leads to a part of the object that is counted.
 //
@@ -46,13 +50,11 @@ public:
     Ptr(Ptr const& other) noexcept : counter_(other.counter_), object_(other.object_) { acquire(); }
     Ptr(Ptr&& other) noexcept
         : counter_(std::exchange(other.counter_, nullptr)), object_(std::exchange(other.object_, nullptr)) {}
-    template <class U>
-        requires std::is_convertible_v<U*, T*>
+    template <PointsAs<T> U>
     Ptr(Ptr<U, Destroy, Count> const& other) noexcept : counter_(other.counter_), object_(other.object_) {
         acquire();
     }
-    template <class U>
-        requires std::is_convertible_v<U*, T*>
+    template <PointsAs<T> U>
     Ptr(Ptr<U, Destroy, Count>&& other) noexcept
         : counter_(std::exchange(other.counter_, nullptr)), object_(std::exchange(other.object_, nullptr)) {}
     ~Ptr() { release(); }

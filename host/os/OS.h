@@ -25,7 +25,8 @@ class ZQ_API iRefCounts {
 public:
     virtual ~iRefCounts();
     virtual void add(Zq::RefCount& handle) noexcept = 0;
-    // Gives the number of owners that remain. Whoever gets 0 ends the object and sees all that others did to it.
+    // Gives the number of owners that remain. Whoever gets 0 ends the object, and sees all that others did
+    // to it.
     [[nodiscard]] virtual std::uint32_t release(Zq::RefCount& handle) noexcept = 0;
 };
 

@@ -1,4 +1,4 @@
-// The desktop around the host.
+// The desktop around the host. Thread: any.
 #pragma once
 
 #include "host/text/LightweightString.h"

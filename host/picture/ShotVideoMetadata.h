@@ -1,4 +1,4 @@
-// What is known of a clip's picture.
+// What is known of a clip's picture. A value. Thread: any.
 #pragma once
 
 #include "host/picture/DigitalVideoFormats.h"

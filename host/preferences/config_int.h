@@ -6,6 +6,7 @@
 
 #include "host/object/Api.h"
 
+// What stands behind the door. Thread: any.
 class ZQ_API iConfiguration {
 public:
     virtual ~iConfiguration();

@@ -1,4 +1,4 @@
-// configb: a record of named text values, such as the fields of a filled-in form.
+// configb: a record of named text values, such as the fields of a filled-in form. A value. Thread: any.
 #pragma once
 
 #include <cstdint>

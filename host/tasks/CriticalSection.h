@@ -1,4 +1,4 @@
-// A lock that the same thread may enter again.
+// A lock that the same thread may enter again. Thread: any; who enters leaves as often.
 #pragma once
 
 #include <mutex>

@@ -55,6 +55,8 @@ WideString addParagraphTags(WideString const& text, std::uint32_t width, std::ui
     return open + text + L"</p>";
 }
 
-WideString incidentalText(WideString const& text) { return L"<small>" + text + L"</small>"; }
+WideString incidentalText(WideString const& text) {
+    return L"<small>" + text + L"</small>";
+}
 
 } // namespace HTMLUtils

@@ -1,4 +1,5 @@
 // Rich text for the host's screens. Plain text that goes in is escaped; rich text is passed on as it is.
+// Thread: any.
 #pragma once
 
 #include <cstdint>

@@ -10,7 +10,8 @@ namespace {
 constexpr std::wstring_view virtualPrefix = L"Virtual:";
 
 wchar_t lower(wchar_t character) {
-    return character >= L'A' && character <= L'Z' ? static_cast<wchar_t>(character + (L'a' - L'A')) : character;
+    return character >= L'A' && character <= L'Z' ? static_cast<wchar_t>(character + (L'a' - L'A'))
+                                                  : character;
 }
 
 // True when `text` begins with `scheme`, in any letter case, and removes it.
@@ -23,7 +24,9 @@ bool takeScheme(std::wstring_view& text, std::wstring_view scheme) {
     return true;
 }
 
-bool isControl(wchar_t character) { return character < 0x20 || (character >= 0x7f && character < 0xa0); }
+bool isControl(wchar_t character) {
+    return character < 0x20 || (character >= 0x7f && character < 0xa0);
+}
 
 bool isPort(std::wstring_view text) {
     int value = 0;

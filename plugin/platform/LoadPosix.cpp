@@ -5,7 +5,11 @@
 
 namespace {
 
-[[gnu::constructor]] void loaded() { Zq::attachModule(&moduleNotification); }
-[[gnu::destructor]] void unloading() { Zq::detachModule(&moduleNotification); }
+[[gnu::constructor]] void loaded() {
+    Zq::attachModule(&moduleNotification);
+}
+[[gnu::destructor]] void unloading() {
+    Zq::detachModule(&moduleNotification);
+}
 
 } // namespace

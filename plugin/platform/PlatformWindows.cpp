@@ -12,10 +12,20 @@ bool allocateSlot() noexcept {
     slot = TlsAlloc();
     return slot != TLS_OUT_OF_INDEXES;
 }
-void freeSlot() noexcept { TlsFree(slot); }
-void* getSlot() noexcept { return TlsGetValue(slot); }
-void setSlot(void* block) noexcept { TlsSetValue(slot, block); }
-void* allocateLocal(std::size_t bytes) noexcept { return LocalAlloc(LPTR, bytes); }
-void freeLocal(void* block) noexcept { LocalFree(block); }
+void freeSlot() noexcept {
+    TlsFree(slot);
+}
+void* getSlot() noexcept {
+    return TlsGetValue(slot);
+}
+void setSlot(void* block) noexcept {
+    TlsSetValue(slot, block);
+}
+void* allocateLocal(std::size_t bytes) noexcept {
+    return LocalAlloc(LPTR, bytes);
+}
+void freeLocal(void* block) noexcept {
+    LocalFree(block);
+}
 
 } // namespace platform

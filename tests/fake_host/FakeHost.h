@@ -1,5 +1,5 @@
-// A whole host in memory: install it, run the code under test, look at what happened. Reading JSON and hashing
-// are the real ones.
+// A whole host in memory: install it, run the code under test, look at what happened. Reading JSON and
+// hashing are the real ones.
 #pragma once
 
 #include "host/HostServices.h"

@@ -9,7 +9,9 @@ namespace fake {
 
 namespace {
 
-std::string narrow(WideString const& text) { return std::string(toUTF8(text).view()); }
+std::string narrow(WideString const& text) {
+    return std::string(toUTF8(text).view());
+}
 
 class Reply final : public iHTTPReply {
 public:

@@ -33,7 +33,8 @@ public:
     bool fileExists(WideString const& path) override;
     bool deleteFile(WideString const& path) override;
     bool createDirectory(WideString const& path) override;
-    Zq::Ptr<iFile> openForWrite(WideString const& path, int access, int sharing, int hint, int further) override;
+    Zq::Ptr<iFile> openForWrite(WideString const& path, int access, int sharing, int hint,
+                                int further) override;
     wchar_t pathSeparator() const override { return L'/'; }
     WideString getHostName() const override { return hostName; }
     void registerProvider(iFileProvider& provider) override { providers.push_back(&provider); }

@@ -49,6 +49,20 @@ protected:
     bool attached = false;
 };
 
+// Counts the calls of closedown by what it destroys.
+class CountingPlugin : public Tarn7ZQD {
+public:
+    class Component final : public ZqComponentBase {
+    public:
+        explicit Component(int& ended) : ended_(ended) {}
+        ~Component() override { ++ended_; }
+
+    private:
+        int& ended_;
+    };
+    void add(ZqComponentBase* component) { registerComponent(component); }
+};
+
 TEST_F(Lifecycle, TheEntryGivesNothingBeforeTheModuleIsAttached) {
     ZqPluginBase* instance = reinterpret_cast<ZqPluginBase*>(this);
     EXPECT_EQ(zqPluginInstance(&instance), 0);
@@ -110,6 +124,17 @@ TEST_F(Lifecycle, AKeyOfZeroLeavesThePluginLoadedWithoutARepository) {
     EXPECT_EQ(loadedByte(), 0);
 }
 
+TEST_F(Lifecycle, UnloadingClosesDownWithoutARepositoryToo) {
+    host.configuration.values["t7"] = 0;
+    int ended = 0;
+    CountingPlugin tested;
+    tested.postLoadInitialization();
+    ASSERT_TRUE(tested.getComponents().empty());
+    tested.add(new CountingPlugin::Component(ended));
+    tested.preUnloadDeinitialization();
+    EXPECT_EQ(ended, 1);
+}
+
 TEST_F(Lifecycle, AnyOtherValueOfTheKeyEnablesTheRepository) {
     for (std::int32_t const value : {1, -1, 2, -2147483647}) {
         host.configuration.values["t7"] = value;
@@ -138,20 +163,6 @@ TEST_F(Lifecycle, UnloadingDestroysTheRepositoryAndSendsNothing) {
     EXPECT_NE(plugin(), nullptr) << "the plug-in outlives its repository";
     EXPECT_EQ(host.network.requestCount(), 0U);
 }
-
-// Counts the calls of closedown by what it destroys.
-class CountingPlugin : public Tarn7ZQD {
-public:
-    class Component final : public ZqComponentBase {
-    public:
-        explicit Component(int& ended) : ended_(ended) {}
-        ~Component() override { ++ended_; }
-
-    private:
-        int& ended_;
-    };
-    void add(ZqComponentBase* component) { registerComponent(component); }
-};
 
 TEST_F(Lifecycle, UnloadingTwiceClosesDownOnce) {
     int ended = 0;

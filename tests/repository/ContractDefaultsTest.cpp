@@ -2,6 +2,7 @@
 
 #include "host/text/Unicode.h"
 #include "tests/fake_host/FakeHost.h"
+#include "tests/repository/DefaultAsset.h"
 #include "tests/repository/TestRepository.h"
 
 namespace repository_tests {
@@ -59,14 +60,7 @@ TEST_F(Defaults, TheOnlyRootIsTheEmptyPath) {
 }
 
 TEST_F(Defaults, TheRootAssetIsADefaultOne) {
-    RemoteAsset const root = contract.getRootAsset();
-    EXPECT_EQ(root.assetKind, 1);
-    EXPECT_EQ(root.status, 1);
-    EXPECT_TRUE(root.id.isEmpty());
-    EXPECT_FALSE(root.payload);
-    EXPECT_EQ(root.frameRate, Zq::FrameRate::unknown);
-    EXPECT_EQ(root.videoChannels, 0);
-    EXPECT_EQ(root.audioChannels, 0);
+    expectDefaults(contract.getRootAsset());
 }
 
 TEST_F(Defaults, ListsAreEmpty) {

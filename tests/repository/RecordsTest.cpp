@@ -8,6 +8,7 @@
 #include "repository/RepositoryDescription.h"
 #include "repository/SearchRecords.h"
 #include "repository/iFileProvider.h"
+#include "tests/repository/DefaultAsset.h"
 
 namespace repository_tests {
 namespace {
@@ -22,32 +23,6 @@ struct Payload : iObject {
 bool inOrder(std::vector<void const*> const& things) {
     return std::ranges::is_sorted(things, std::less_equal<>()) &&
            std::ranges::adjacent_find(things) == things.end();
-}
-
-void expectDefaults(RemoteAsset const& asset) {
-    EXPECT_EQ(asset.stamp, IdStamp());
-    EXPECT_EQ(asset.getStamp(), IdStamp());
-    EXPECT_EQ(asset.assetKind, 1);
-    EXPECT_EQ(asset.payload, nullptr);
-    EXPECT_TRUE(asset.id.isEmpty());
-    EXPECT_TRUE(asset.cookie.isNull());
-    EXPECT_EQ(asset.status, 1);
-    EXPECT_TRUE(asset.displayAttributes.isEmpty());
-    EXPECT_TRUE(asset.logAttributes.isEmpty());
-    EXPECT_TRUE(asset.auxiliaryText.isEmpty());
-    EXPECT_TRUE(asset.mediaLocation.isEmpty());
-    EXPECT_EQ(asset.mediaSize, 0U);
-    EXPECT_TRUE(asset.mediaExtension.isEmpty());
-    EXPECT_TRUE(asset.proxyLocation.isEmpty());
-    EXPECT_EQ(asset.proxySize, 0U);
-    EXPECT_TRUE(asset.proxyExtension.isEmpty());
-    EXPECT_EQ(asset.frameRate, Zq::FrameRate::unknown);
-    EXPECT_EQ(static_cast<std::int32_t>(asset.frameRate), 0);
-    EXPECT_EQ(asset.auxiliary1, 0U);
-    EXPECT_EQ(asset.auxiliary2, 0U);
-    EXPECT_EQ(asset.extent, (XY<int>{0, 0}));
-    EXPECT_EQ(asset.videoChannels, 0);
-    EXPECT_EQ(asset.audioChannels, 0);
 }
 
 RemoteAsset filled(bool& payloadGone) {
@@ -184,7 +159,10 @@ TEST(RemoteAsset, TheMembersHaveTheirWidths) {
     EXPECT_EQ(sizeof RemoteAsset::frameRate, 4U);
     EXPECT_EQ(sizeof RemoteAsset::mediaSize, 8U);
     EXPECT_EQ(sizeof RemoteAsset::auxiliary2, 8U);
+    EXPECT_EQ(sizeof RemoteAsset::proxySize, 8U);
+    EXPECT_EQ(sizeof RemoteAsset::auxiliary1, 8U);
     EXPECT_EQ(sizeof RemoteAsset::videoChannels, 1U);
+    EXPECT_EQ(sizeof RemoteAsset::audioChannels, 1U);
 }
 
 TEST(SearchRecords, ResultsAreEmptyAtFirst) {
@@ -198,6 +176,10 @@ TEST(SearchRecords, ResultsAreEmptyAtFirst) {
     EXPECT_EQ(results.status, 0);
     EXPECT_TRUE(inOrder({&results.assets, &results.pageCount, &results.totalCount, &results.firstIndex,
                          &results.nextPage, &results.message, &results.status}));
+    EXPECT_EQ(sizeof results.pageCount, 2U);
+    EXPECT_EQ(sizeof results.totalCount, 2U);
+    EXPECT_EQ(sizeof results.firstIndex, 2U);
+    EXPECT_EQ(sizeof results.status, 4U);
 }
 
 TEST(SearchRecords, AQueryBeginsAtTheFirstPage) {
@@ -214,6 +196,11 @@ TEST(RepositoryDescription, ItsMembersLieInTheirOrder) {
     EXPECT_TRUE(inOrder({&d.name, &d.summary, &d.legalNotice, &d.shortName, &d.category, &d.webLink,
                          &d.supportLink, &d.connection, &d.resourceId, &d.version, &d.capabilities, &d.order,
                          &d.logo, &d.thumbnailAspect}));
+    EXPECT_EQ(sizeof d.resourceId, 4U);
+    EXPECT_EQ(sizeof d.version, 4U);
+    EXPECT_EQ(sizeof d.capabilities, 4U);
+    EXPECT_EQ(sizeof d.order, 4U);
+    EXPECT_EQ(sizeof d.thumbnailAspect, 4U);
 }
 
 TEST(HTTPConnectionInfo, AllIsEmptyAtFirstAndInOrder) {
@@ -227,12 +214,18 @@ TEST(HTTPConnectionInfo, AllIsEmptyAtFirstAndInOrder) {
     EXPECT_EQ(info.secure, 0);
     EXPECT_TRUE(inOrder(
         {&info.server, &info.port, &info.user, &info.realm, &info.headers, &info.userAgent, &info.secure}));
+    EXPECT_EQ(sizeof info.port, 4U);
+    EXPECT_EQ(sizeof info.secure, 1U);
 }
 
 TEST(FileInfo, ItsMembersLieInTheirOrder) {
     FileInfo const info;
     EXPECT_EQ(info.kind, 1);
     EXPECT_TRUE(inOrder({&info.path, &info.kind, &info.size, &info.created, &info.modified}));
+    EXPECT_EQ(sizeof info.kind, 4U);
+    EXPECT_EQ(sizeof info.size, 8U);
+    EXPECT_EQ(sizeof info.created, 8U);
+    EXPECT_EQ(sizeof info.modified, 8U);
 }
 
 } // namespace

@@ -159,6 +159,8 @@ TEST_F(Format, OnlyTheTwoSizesAre4k) {
     EXPECT_EQ(described(R"("ox":4096,"oy":2160)"), "4k");
     EXPECT_EQ(described(R"("ox":3840,"oy":2160,"codg":"H.264")"), "4k, H.264");
     EXPECT_EQ(described(R"("ox":4096,"oy":2304)"), "4096x2304");
+    EXPECT_EQ(described(R"("ox":3996,"oy":2160)"), "3996x2160");
+    EXPECT_EQ(described(R"("ox":8192,"oy":2160)"), "8192x2160");
     EXPECT_EQ(described(R"("ox":3840,"oy":2161)"), "3840x2161");
     EXPECT_EQ(described(R"("ox":2160,"oy":3840)"), "2160x3840");
     EXPECT_EQ(described(R"("vs":4,"ox":3840,"oy":2160)"), "1080p");

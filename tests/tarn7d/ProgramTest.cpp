@@ -170,7 +170,8 @@ TEST_F(ProgramTest, ADamagedCatalogueIsToldAndLeftAlone) {
     fs::create_directories(data_);
     std::ofstream(data_ / "catalogue.db") << std::string(10000, 'x');
     EXPECT_NE(run(serveArguments()), 0);
-    EXPECT_THAT(errors(), HasSubstr("cannot open the catalogue"));
+    EXPECT_THAT(errors(), HasSubstr("cannot open the catalogue " + (data_ / "catalogue.db").string()));
+    EXPECT_THAT(errors(), HasSubstr("move it away"));
     EXPECT_EQ(fs::file_size(data_ / "catalogue.db"), 10000U);
 }
 
@@ -184,12 +185,31 @@ TEST_F(ProgramTest, AccountsAreKeptFromTheCommandLine) {
     EXPECT_THAT(errors(), HasSubstr("no password"));
     EXPECT_EQ(run({"account", "credits", "anna", "12", "--data", data}), 0);
     EXPECT_NE(run({"account", "credits", "anna", "--data", data, "--", "-5"}), 0);
+    EXPECT_NE(run({"account", "credits", "anna", "99999999999999999999", "--data", data}), 0);
+    EXPECT_THAT(errors(), HasSubstr("range 0 to 1000000000\n"));
     EXPECT_EQ(run({"account", "password", "anna", "--data", data}, "other\n"), 0);
     EXPECT_EQ(run({"account", "list", "--data", data}), 0);
     EXPECT_EQ(output_, "anna\t12\n");
     EXPECT_EQ(run({"account", "remove", "anna", "--data", data}), 0);
     EXPECT_NE(run({"account", "remove", "anna", "--data", data}), 0);
     EXPECT_THAT(errors(), HasSubstr("no account of that name"));
+}
+
+TEST_F(ProgramTest, AccountsThatAreNotThereAreNotMade) {
+    std::string const data = data_.string();
+    EXPECT_NE(run({"account", "list", "--data", data}), 0);
+    EXPECT_THAT(errors(), HasSubstr("no accounts in " + data));
+    EXPECT_FALSE(fs::exists(data_));
+    EXPECT_EQ(run({"account", "add", "anna", "--data", data}, "secret\n"), 0) << errors();
+    EXPECT_EQ(fs::status(data_).permissions(), fs::perms::owner_all);
+}
+
+TEST_F(ProgramTest, AnAddressThatIsNotServedIsRefusedBeforeFootageIsMade) {
+    auto arguments = serveArguments();
+    arguments.insert(arguments.end(), {"--demo", "--listen", "0.0.0.0:0"});
+    EXPECT_NE(run(arguments), 0);
+    EXPECT_THAT(errors(), HasSubstr("loopback"));
+    EXPECT_FALSE(fs::exists(data_));
 }
 
 TEST_F(ProgramTest, HelpNamesTheOptions) {

@@ -55,12 +55,33 @@ TEST_F(Program, RefusesArgumentsThatItDoesNotKnow) {
     EXPECT_EQ(option.status, 2);
     EXPECT_THAT(option.err, HasSubstr("--bogus"));
     EXPECT_EQ(run({}).status, 2);
+    EXPECT_EQ(run({"--json"}).out, "{\"ok\":false,\"error\":\"no command; \\\"zq --help\\\" lists them\"}\n");
+    EXPECT_THAT(run({"--json", "--language"}).out, StartsWith("{\"ok\":false,\"error\":\"--language"));
     Finished const command = run({"serch"});
     EXPECT_EQ(command.status, 1);
     EXPECT_THAT(command.err, HasSubstr("did you mean \"search\"?"));
     EXPECT_EQ(
         run({"--json", "serch"}).out,
         "{\"ok\":false,\"error\":\"there is no command \\\"serch\\\"; did you mean \\\"search\\\"?\"}\n");
+}
+
+TEST_F(Program, HelpsWithEveryCommand) {
+    for (char const* const command : {"info", "login", "logout", "form", "options", "set", "columns",
+                                      "search", "thumbnail", "stats", "shell", "help"}) {
+        Finished const help = run({command, "--help"});
+        EXPECT_EQ(help.status, 0) << command;
+        EXPECT_THAT(help.out, HasSubstr("Usage: zq " + std::string(command))) << command;
+    }
+    std::string const search = run({"search", "--help"}).out;
+    EXPECT_THAT(search, HasSubstr("--page-size N=25"));
+    EXPECT_THAT(search, HasSubstr("clips a page, from 1 to 65535"));
+}
+
+TEST_F(Program, ShowsTheTagsOfAllOptionsOnANarrowTerminal) {
+    configure({programFile("tarn7.zqd")});
+    std::string const out = start({"options"}, RunningProgram::Around::terminal)->finish().out;
+    EXPECT_THAT(out, HasSubstr("5=60 secs"));
+    EXPECT_THAT(out, Not(HasSubstr("…")));
 }
 
 TEST_F(Program, NamesTheLineOfAMistakeInItsSettings) {

@@ -161,8 +161,20 @@ TEST_F(EmbeddedService, GivesPictures) {
     char magic[4] = {};
     file.read(magic, sizeof magic);
     EXPECT_EQ(std::string(magic + 1, 3), "PNG");
-    EXPECT_THAT(errorOf(lines[2]), HasSubstr("424242"));
+    EXPECT_THAT(errorOf(lines[2]), StartsWith("there is no picture of clip 424242: "));
+    EXPECT_THAT(errorOf(lines[2]), HasSubstr("status 404"));
     EXPECT_EQ(errorOf(lines[3]), "cannot write /dev/null/x.png");
+}
+
+TEST_F(EmbeddedService, GivesAPictureToACommandOnItsOwn) {
+    fs::path const picture = folder() / "car.png";
+    Zq::Ptr<JSON::Element> const answer = parsed(answers({"search car"})[0]);
+    Zq::Ptr<JSON::Element> const asset = JSON::orEmpty(answer->getChild("assets")).getChild(std::uint16_t{0});
+    ASSERT_TRUE(asset);
+    Finished const finished =
+        run({"thumbnail", std::string(asset->getString("id").view()), picture.string()});
+    EXPECT_EQ(finished.status, 0) << finished.err;
+    EXPECT_GT(fs::file_size(picture), 0U);
 }
 
 TEST_F(EmbeddedService, ShowsPicturesOnATerminalThatCan) {
@@ -191,7 +203,7 @@ TEST_F(EmbeddedService, CountsWhatIsExchanged) {
 TEST_F(EmbeddedService, IsNotTrustedWithoutItsAuthority) {
     leadTo(name(), {});
     std::string const error = errorOf(answers({"search car"})[0]);
-    EXPECT_THAT(error, StartsWith("the service could not be reached: "));
+    EXPECT_THAT(error, StartsWith("the request to the service failed: "));
     EXPECT_THAT(error, HasSubstr("ca_file"));
 }
 
@@ -205,9 +217,9 @@ TEST_F(EmbeddedService, IsNotTrustedByAnotherAuthority) {
 TEST_F(Service, ThatIsNotThereIsNamedWithWhatToDo) {
     leadTo("127.0.0.1:" + std::to_string(test::closedPort()), {});
     std::vector<std::string> const lines = answers({"search car", "login anna", "secret", "logout"});
-    EXPECT_THAT(errorOf(lines[0]), StartsWith("the service could not be reached: "));
+    EXPECT_THAT(errorOf(lines[0]), StartsWith("the request to the service failed: "));
     EXPECT_THAT(errorOf(lines[0]), HasSubstr("connect"));
-    EXPECT_THAT(errorOf(lines[1]), StartsWith("the service could not be reached: "));
+    EXPECT_THAT(errorOf(lines[1]), StartsWith("the request to the service failed: "));
     EXPECT_THAT(lines[1], HasSubstr(R"("code":17)"));
     EXPECT_EQ(lines[2], R"({"ok":true})") << "nobody was signed in";
 }
@@ -233,11 +245,53 @@ TEST_F(Service, ThatRefusesIsQuotedAndNotTakenForNoHits) {
     EXPECT_EQ(searchError(R"({"e":true})", 200), "the service refused the request");
     EXPECT_EQ(searchError(R"({"e":false,"commands":[{"s":"too busy"}]})", 200),
               "the service refused the request: too busy");
-    EXPECT_EQ(searchError("<html>", 200), "the service refused the request: its answer cannot be read");
-    EXPECT_THAT(searchError("{}", 503), HasSubstr("error status"));
+    EXPECT_THAT(searchError("{}", 503), HasSubstr("answered with the error status 503"));
     EXPECT_EQ(searchError(R"({"e":false,"commands":[{"items":[],"tot_nbr_rows":0}]})", 200), "");
     body = R"({"e":true,"s":"\u001b[31mred\nline"})";
     EXPECT_THAT(run({"search", "car"}).err, HasSubstr(": [31mred line\n"));
+}
+
+TEST_F(Service, WhoseAnswerIsNoneIsNotTakenForNoHits) {
+    tarn7d::CertificateFiles const files = certificates();
+    test::WebServer web(files.certificate, files.key);
+    std::string body;
+    web.routes().Post("/", [&](httplib::Request const&, httplib::Response& response) {
+        response.set_content(body, "application/json");
+    });
+    web.start();
+    leadTo(web.name(), files.ca);
+    std::string const whole = R"({"e":false,"commands":[{"items":[],"tot_nbr_rows":0}]})";
+    std::string const deep(100'000, '[');
+    for (std::string const& answer :
+         {std::string(), whole.substr(0, 30), std::string("<html>"), std::string("null"), std::string("5"),
+          std::string("[1,2]"), std::string(R"({"e":false,"s":""})"), std::string(R"({"commands":[1,"a"]})"),
+          std::string(R"({"commands":{"0":7}})"), R"({"commands":)" + deep,
+          std::string(300, '[') + std::string(300, ']')}) {
+        body = answer;
+        std::vector<std::string> const lines = answers({"search car", "login anna", "secret", "columns"});
+        std::string const sample = answer.substr(0, 60);
+        EXPECT_THAT(errorOf(lines[0]), StartsWith("the service's answer cannot be understood; check "))
+            << sample;
+        EXPECT_THAT(errorOf(lines[1]), StartsWith("the service's answer cannot be understood; check "))
+            << sample;
+        EXPECT_THAT(lines[2], StartsWith(R"({"ok":true)")) << sample;
+    }
+    body = R"({"e":false,"commands":[{"s":"","items":{"id":7},"tot_nbr_rows":"many"}]})";
+    EXPECT_THAT(errorOf(answers({"search car"})[0]), StartsWith("the service's answer cannot be used: "));
+}
+
+TEST_F(Service, ThatSendsWithoutEndIsCutOffWithAnError) {
+    tarn7d::CertificateFiles const files = certificates();
+    test::WebServer web(files.certificate, files.key);
+    web.routes().Post("/", [](httplib::Request const&, httplib::Response& response) {
+        response.set_chunked_content_provider("application/json", [](std::size_t, httplib::DataSink& sink) {
+            static std::string const blanks(1 << 20, ' ');
+            return sink.write(blanks.data(), blanks.size());
+        });
+    });
+    web.start();
+    leadTo(web.name(), files.ca);
+    EXPECT_THAT(errorOf(answers({"search car"})[0]), HasSubstr("too large"));
 }
 
 // Accepts and never says a word.

@@ -99,7 +99,7 @@ public:
 
     Reply run(Session& session) override {
         Groups const groups = readGroups(session);
-        Table table({{"Group"}, {"Index"}, {"Option"}, {"Now"}, {"Values", Table::Align::left, true}});
+        Table table({{"Group"}, {"Index"}, {"Option"}, {"Now"}, {"Values"}});
         for (std::size_t group = 0; group < groups.size(); ++group) {
             for (std::size_t index = 0; index < groups[group].params.size(); ++index) {
                 iParam const& param = *groups[group].params[index];

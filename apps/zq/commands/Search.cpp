@@ -1,6 +1,7 @@
 // "search": a page of clips.
 
 #include <algorithm>
+#include <limits>
 
 #include "apps/zq/Command.h"
 #include "apps/zq/JsonOutput.h"
@@ -102,8 +103,8 @@ class Search final : public Command {
 public:
     void declare(CLI::App& options) override {
         options.add_option("WORDS", words_, "what to look for; nothing finds everything");
-        options.add_option("--page", page_, "number of the page, from 1")->check(CLI::Range(1, 65535));
-        options.add_option("--page-size", pageSize_, "clips a page")->check(CLI::Range(1, 65535));
+        addNumberOption(options, "--page", page_, "number of the page");
+        addNumberOption(options, "--page-size", pageSize_, "clips a page");
         options.add_flag("--pictures", pictures_, "show the pictures, where the terminal can");
     }
 
@@ -139,6 +140,16 @@ public:
     }
 
 private:
+    static void addNumberOption(CLI::App& options, char const* name, unsigned& value, char const* help) {
+        constexpr unsigned largest = std::numeric_limits<std::uint16_t>::max();
+        CLI::Validator range = CLI::Range(1U, largest);
+        range.description("");
+        options.add_option(name, value, help + (", from 1 to " + std::to_string(largest)))
+            ->check(range)
+            ->type_name("N")
+            ->capture_default_str();
+    }
+
     std::vector<std::string> words_;
     unsigned page_ = SearchQuery{}.page;
     unsigned pageSize_ = SearchQuery{}.pageSize;

@@ -10,6 +10,13 @@ namespace zq {
 
 namespace {
 
+std::string reason(ServiceWatch const& watch) {
+    char const* const unheard = watch.sawRequest()
+                                    ? "what came is no picture, or the cache folder is not writable"
+                                    : "the repository knows no address of it";
+    return watch.failure().value_or(unheard);
+}
+
 class Thumbnail final : public Command {
 public:
     void declare(CLI::App& options) override {
@@ -22,7 +29,7 @@ public:
         ServiceWatch const watch = session.watch();
         Zq::Ptr<iHostImage> const image = session.connected().getThumbnail(asset);
         if (!image) {
-            throw CommandError(watch.failure().value_or("the service has no picture of clip " + id_));
+            throw CommandError("there is no picture of clip " + id_ + ": " + reason(watch));
         }
         if (!engine::writePNG(*image, file_)) {
             throw CommandError("cannot write " + file_);

@@ -69,6 +69,7 @@ Zq::Ptr<iFile> LocalFileManager::openForWrite(WideString const& path, int, int, 
         note->finish();
         return {};
     }
+    journal_.forgetEnded(file);
     return Zq::makeShared<LocalFile>(std::move(opened), std::move(*note));
 }
 

@@ -60,6 +60,37 @@ std::optional<WriteJournal::Note> WriteJournal::begin(std::filesystem::path cons
     return Note(where, std::move(note));
 }
 
+std::vector<WriteJournal::Ended> WriteJournal::takeEnded() const {
+    std::vector<Ended> ended;
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(folder_, error), end; !error && entry != end;
+         entry.increment(error)) {
+        std::filesystem::path const& where = entry->path();
+        if (where.extension() != ".path") {
+            continue;
+        }
+        FileDescriptor const note(::open(where.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+        if (note && ::flock(note.get(), LOCK_EX | LOCK_NB) == 0) { // else its writer lives
+            ended.push_back({where, readWholeFile(where, longestPath).value_or(std::string())});
+        }
+    }
+    return ended;
+}
+
+void WriteJournal::forgetEnded(std::filesystem::path const& file) const {
+    FileDescriptor const folderLock = lockFolder();
+    if (!folderLock) {
+        return;
+    }
+    std::error_code error;
+    std::filesystem::path const target = std::filesystem::absolute(file, error);
+    for (Ended const& note : takeEnded()) {
+        if (note.target == target) {
+            std::filesystem::remove(note.where, error);
+        }
+    }
+}
+
 std::vector<std::filesystem::path> WriteJournal::removeUnfinished() const {
     std::vector<std::filesystem::path> removed;
     std::error_code error;
@@ -70,27 +101,15 @@ std::vector<std::filesystem::path> WriteJournal::removeUnfinished() const {
     if (!folderLock) {
         return removed;
     }
-    std::vector<std::filesystem::path> notes;
-    for (std::filesystem::directory_iterator entry(folder_, error), end; !error && entry != end;
-         entry.increment(error)) {
-        if (entry->path().extension() == ".path") {
-            notes.push_back(entry->path());
-        }
-    }
-    for (std::filesystem::path const& where : notes) {
-        FileDescriptor const note(::open(where.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-        if (!note || ::flock(note.get(), LOCK_EX | LOCK_NB) != 0) {
-            continue; // its writer lives
-        }
-        std::filesystem::path const target = readWholeFile(where, longestPath).value_or(std::string());
+    for (Ended const& note : takeEnded()) {
         struct stat status {};
         bool const isFile =
-            !target.empty() && ::lstat(target.c_str(), &status) == 0 && S_ISREG(status.st_mode);
-        if (isFile && ::unlink(target.c_str()) == 0) {
-            Log("Removed %s: it was cut short when the host last ended", target.c_str());
-            removed.push_back(target);
+            !note.target.empty() && ::lstat(note.target.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+        if (isFile && ::unlink(note.target.c_str()) == 0) {
+            Log("Removed %s: it was cut short when the host last ended", note.target.c_str());
+            removed.push_back(note.target);
         }
-        std::filesystem::remove(where, error);
+        std::filesystem::remove(note.where, error);
     }
     return removed;
 }

@@ -38,12 +38,24 @@ public:
     // Thread: any.
     [[nodiscard]] std::optional<Note> begin(std::filesystem::path const& file) const;
 
+    // Takes out of the journal what was noted of that file by writers that have ended: for when the file has
+    // been emptied to be written anew, which makes it whole again. Thread: any.
+    void forgetEnded(std::filesystem::path const& file) const;
+
     // Removes every file whose writer has ended before it was whole, with its note, and gives their paths.
     // Files that a living process writes stay. Thread: any.
     std::vector<std::filesystem::path> removeUnfinished() const;
 
 private:
+    // A note whose writer has ended.
+    struct Ended {
+        std::filesystem::path where;
+        std::filesystem::path target;
+    };
+
     [[nodiscard]] FileDescriptor lockFolder() const;
+    // Needs the folder's lock.
+    [[nodiscard]] std::vector<Ended> takeEnded() const;
 
     std::filesystem::path folder_;
 };

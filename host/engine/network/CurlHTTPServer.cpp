@@ -150,7 +150,9 @@ std::optional<int> CurlHTTPServer::exchange(TransferKind kind, TransferRequest r
     call.bytesReceived = result.bytesReceived;
     call.totalTime =
         std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
-    call.lastError = std::move(result.error);
+    call.lastError = call.refusals == 0 ? std::move(result.error)
+                                        : address_.name() + " answered with the error status " +
+                                              std::to_string(result.status);
     core_->statistics.add(call);
     return result.whole ? std::optional(result.status) : std::nullopt;
 }

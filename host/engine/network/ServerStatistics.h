@@ -19,7 +19,7 @@ struct ServerStatistics {
     std::uint64_t bytesSent = 0;
     std::uint64_t bytesReceived = 0; // as they came over the line
     std::chrono::microseconds totalTime{0};
-    std::string lastError; // one printable line, empty when no call has failed
+    std::string lastError; // one printable line, empty when no call has failed or been refused
 };
 
 // Thread: any.

@@ -19,7 +19,7 @@ std::filesystem::path chooseHome(std::filesystem::path const& given) {
     if (!given.empty()) {
         return given;
     }
-    if (std::filesystem::path const named = fromEnvironment("ZQ_HOME"); !named.empty()) {
+    if (std::filesystem::path named = fromEnvironment("ZQ_HOME"); !named.empty()) {
         return named;
     }
     // A relative path in this variable is invalid by its own definition.

@@ -19,7 +19,7 @@ struct HostSettings {
     std::string language;             // empty: the environment's
     std::string hostName = "Zq Host"; // what services are told
     std::map<std::string, std::int32_t, std::less<>> config;
-    std::vector<std::filesystem::path> modulePath; // empty: beside the program
+    std::vector<std::filesystem::path> modulePath; // empty: those of the program
 
     NetworkSettings network;
 

@@ -13,9 +13,13 @@ namespace {
 
 } // namespace
 
-bool DatabaseError::isDamage() const noexcept { return code_ == SQLITE_CORRUPT || code_ == SQLITE_NOTADB; }
+bool DatabaseError::isDamage() const noexcept {
+    return code_ == SQLITE_CORRUPT || code_ == SQLITE_NOTADB;
+}
 
-void Statement::Finalize::operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
+void Statement::Finalize::operator()(sqlite3_stmt* statement) const noexcept {
+    sqlite3_finalize(statement);
+}
 
 Statement::Statement(sqlite3* database, std::string_view sql) {
     sqlite3_stmt* statement = nullptr;
@@ -72,11 +76,17 @@ void Statement::run() {
     reset();
 }
 
-void Statement::reset() { sqlite3_reset(statement_.get()); }
+void Statement::reset() {
+    sqlite3_reset(statement_.get());
+}
 
-std::int64_t Statement::integer(int column) const { return sqlite3_column_int64(statement_.get(), column); }
+std::int64_t Statement::integer(int column) const {
+    return sqlite3_column_int64(statement_.get(), column);
+}
 
-double Statement::real(int column) const { return sqlite3_column_double(statement_.get(), column); }
+double Statement::real(int column) const {
+    return sqlite3_column_double(statement_.get(), column);
+}
 
 std::string_view Statement::text(int column) const {
     unsigned char const* const data = sqlite3_column_text(statement_.get(), column);
@@ -91,7 +101,9 @@ bool Statement::isNull(int column) const {
     return sqlite3_column_type(statement_.get(), column) == SQLITE_NULL;
 }
 
-void Database::Close::operator()(sqlite3* database) const noexcept { sqlite3_close_v2(database); }
+void Database::Close::operator()(sqlite3* database) const noexcept {
+    sqlite3_close_v2(database);
+}
 
 Database::Database(std::filesystem::path const& file, Sync sync) {
     sqlite3* database = nullptr;
@@ -114,9 +126,13 @@ void Database::execute(char const* sql) {
     }
 }
 
-std::int64_t Database::lastInsertId() const noexcept { return sqlite3_last_insert_rowid(database_.get()); }
+std::int64_t Database::lastInsertId() const noexcept {
+    return sqlite3_last_insert_rowid(database_.get());
+}
 
-std::int64_t Database::changes() const noexcept { return sqlite3_changes64(database_.get()); }
+std::int64_t Database::changes() const noexcept {
+    return sqlite3_changes64(database_.get());
+}
 
 bool Database::isSound() {
     Statement check = prepare("PRAGMA quick_check(1)");
@@ -132,7 +148,9 @@ void Database::setSchemaVersion(int version) {
     execute(("PRAGMA user_version=" + std::to_string(version)).c_str());
 }
 
-Transaction::Transaction(Database& database) : database_(database) { database_.execute("BEGIN IMMEDIATE"); }
+Transaction::Transaction(Database& database) : database_(database) {
+    database_.execute("BEGIN IMMEDIATE");
+}
 
 Transaction::~Transaction() {
     if (open_) {

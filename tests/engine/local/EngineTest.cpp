@@ -145,6 +145,16 @@ TEST_F(Engine, ModulesAreSearchedBesideTheProgramUnlessTheFileSaysWhere) {
     EXPECT_THAT((*engine::Engine::start(asked))->moduleFolders(), ElementsAre("/a", "/b"));
 }
 
+TEST_F(Engine, AnInstalledProgramsModulesLieInTheLibraryFolder) {
+    engine::EngineOptions asked = options();
+    asked.programFolder = folder_.path() / "bin";
+    asked.stringsFolder = ZQ_PROGRAM_FOLDER "/strings";
+    EXPECT_THAT((*engine::Engine::start(asked))->moduleFolders(), ElementsAre(asked.programFolder));
+    std::filesystem::path const modules = folder_.path() / "lib/zq/modules";
+    std::filesystem::create_directories(modules);
+    EXPECT_THAT((*engine::Engine::start(asked))->moduleFolders(), ElementsAre(asked.programFolder, modules));
+}
+
 TEST_F(Engine, ADownloadThatWasCutShortIsGoneAfterTheStart) {
     std::filesystem::create_directories(home_);
     std::filesystem::path const target = folder_.path() / "a.mov";

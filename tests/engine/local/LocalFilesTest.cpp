@@ -183,6 +183,18 @@ TEST_F(LocalFiles, AFileThatAKilledHostLeftShortIsRemovedWithALogLine) {
     EXPECT_EQ(notes(), 0U);
 }
 
+TEST_F(LocalFiles, AFileThatIsWrittenAnewAfterItWasCutShortIsWhole) {
+    std::filesystem::path const target = folder_.path() / "a.mov";
+    std::filesystem::create_directories(journal_);
+    test::writeBytes(target, "half");
+    test::writeBytes(journal_ / "1.path", target.native());
+    test::writeBytes(journal_ / "2.path", (folder_.path() / "b.mov").native());
+    ASSERT_TRUE(open("a.mov")->write("whole", 5));
+    EXPECT_EQ(notes(), 1U) << "what is noted of another file stays";
+    EXPECT_THAT(files_.journal().removeUnfinished(), IsEmpty());
+    EXPECT_EQ(test::readBytes(target), "whole");
+}
+
 TEST_F(LocalFiles, NotesThatAreDamagedRemoveNothingElse) {
     std::filesystem::create_directories(journal_);
     std::filesystem::create_directory(folder_.path() / "kept");

@@ -317,6 +317,19 @@ TEST_F(Exchange, StatisticsTellRequestsBytesAndTheLastError) {
     EXPECT_NE(statistics.lastError.find("cut short"), std::string::npos) << statistics.lastError;
 }
 
+TEST_F(Exchange, StatisticsTellTheStatusOfARefusal) {
+    RawServer const raw([](RawConnection& connection) {
+        while (connection.readRequest()) {
+            connection.answer(503, "later");
+        }
+    });
+    EXPECT_TRUE(server(raw.name())->get(L"/"));
+    engine::ServerStatistics const statistics = network().statistics()[0];
+    EXPECT_EQ(statistics.failures, 0u);
+    EXPECT_EQ(statistics.refusals, 1u);
+    EXPECT_EQ(statistics.lastError, raw.name() + " answered with the error status 503");
+}
+
 TEST_F(Exchange, AWebServerOfTheLibraryAnswersGetAndPost) {
     test::WebServer web; // ends after the connections of the network
     web.routes().Get("/", [](httplib::Request const& request, httplib::Response& response) {
