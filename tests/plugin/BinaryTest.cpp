@@ -46,12 +46,13 @@ bool isMapped(std::string const& fileName) {
     return false;
 }
 
-std::size_t mappings() {
+// Mappings of files. Those without one belong to allocators, a sanitizer's among them, and come and go.
+std::size_t fileMappings() {
     std::ifstream maps("/proc/self/maps");
     std::string line;
     std::size_t count = 0;
     while (std::getline(maps, line)) {
-        ++count;
+        count += line.find('/') != std::string::npos ? 1U : 0U;
     }
     return count;
 }
@@ -157,11 +158,11 @@ TEST(Binary, LeavesTheProcessOnEachOfAThousandUnloads) {
             plugin->preUnloadDeinitialization();
         }
         ASSERT_FALSE(isMapped(fileName)) << "round " << round;
-        if (round == 10) {
-            mappingsAfterFirst = mappings();
+        if (round == 0) {
+            mappingsAfterFirst = fileMappings();
         }
     }
-    EXPECT_LE(mappings(), mappingsAfterFirst + 8) << "the memory map does not grow";
+    EXPECT_EQ(fileMappings(), mappingsAfterFirst) << "the memory map does not grow";
     EXPECT_TRUE(host.files.providers.empty());
 }
 

@@ -41,7 +41,7 @@ TEST(Commands, AllGiveHelp) {
         PreparedCommand const prepared = prepare({entry.name, "--help"});
         EXPECT_TRUE(prepared.reply.ok());
         EXPECT_EQ(prepared.command, nullptr);
-        EXPECT_THAT(prepared.reply.text, HasSubstr(std::string("Usage: ") + entry.name));
+        EXPECT_THAT(prepared.reply.text, HasSubstr(std::string("Usage: zq ") + entry.name));
     }
 }
 
