@@ -109,7 +109,9 @@ std::string Connector::explain(CURLcode code, std::string const& detail, bool co
     switch (code) {
     case CURLE_COULDNT_RESOLVE_HOST:
     case CURLE_COULDNT_CONNECT:
-        return "could not connect to " + name + ": " + reason + "; check [network] connect in host.toml";
+        // With a proxy it is the proxy that did not answer.
+        return "could not connect to " + name + ": " + reason + "; check [network] " +
+               (settings_.proxy.empty() ? "connect" : "proxy") + " in host.toml";
     case CURLE_COULDNT_RESOLVE_PROXY:
     case CURLE_PROXY:
         return "could not connect to " + name + " through the proxy: " + reason +

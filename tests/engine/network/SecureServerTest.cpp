@@ -174,6 +174,15 @@ TEST_F(SecureServer, AServerThatIsReachedElsewhereNeedsNoProxyOfTheEnvironment) 
     EXPECT_EQ(proxy.connections(), 0);
 }
 
+TEST_F(SecureServer, AProxyThatIsNotThereIsNamedAsWhatToCheck) {
+    {
+        RawServer const gone(answeringProxy);
+        settings.proxy = "http://" + gone.name();
+    }
+    EXPECT_FALSE(server("plain.example")->get(L"/"));
+    EXPECT_NE(lastError().find("check [network] proxy"), std::string::npos) << lastError();
+}
+
 TEST_F(SecureServer, AProxyThatRefusesIsNamed) {
     RawServer const proxy([](RawConnection& connection) {
         while (connection.readRequest()) {
