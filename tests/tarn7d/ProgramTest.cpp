@@ -127,7 +127,7 @@ TEST_F(ProgramTest, SaysWhenItIsReadyServesAndEndsCleanlyOnASignal) {
         auto const port = static_cast<int>(ready->getInt("port", 0));
         std::string const ca(ready->getStringView("ca"));
         EXPECT_EQ(ca, fs::canonical(data_ / "ca.pem").string());
-        httplib::SSLClient client("localhost", port);
+        httplib::SSLClient client("127.0.0.1", port);
         client.set_ca_cert_path(ca.c_str());
         auto const answer = client.Post(
             "/?page=api", test::requestBody(R"([{"command":"search","query":"a"}])"), "text/plain");

@@ -25,7 +25,7 @@ constexpr char const* formType = "application/x-www-form-urlencoded";
 
 class Client : public httplib::SSLClient {
 public:
-    Client(int port, fs::path const& ca) : SSLClient("localhost", port) {
+    Client(int port, fs::path const& ca) : SSLClient("127.0.0.1", port) {
         set_ca_cert_path(ca.c_str());
         enable_server_certificate_verification(true);
         set_keep_alive(true);
@@ -343,17 +343,30 @@ TEST_F(ServerTest, PreviewsArePreparedAhead) {
 }
 
 TEST_F(ServerTest, NumbersAndRenditionsSurviveARestart) {
-    start();
-    fs::file_time_type made;
-    {
+    auto const thumbnail = [this]() -> std::string {
         Client connection = client();
-        ASSERT_EQ(connection.Get("/icons/000000001_iconm.jpeg")->status, 200);
-    }
+        auto const answer = connection.Get("/icons/000000001_iconm.jpeg");
+        return answer && answer->status == 200 ? answer->body : std::string();
+    };
+    auto const whenMade = [this]() -> fs::file_time_type {
+        for (fs::directory_entry const& entry : fs::recursive_directory_iterator(options().data)) {
+            if (entry.path().extension() == ".jpeg") { // the one thumbnail that was asked for
+                return entry.last_write_time();
+            }
+        }
+        return {};
+    };
+    start();
+    std::string const before = thumbnail();
+    fs::file_time_type const made = whenMade();
+    ASSERT_NE(before, "");
+    ASSERT_NE(made, fs::file_time_type());
     server_.reset();
     start();
     Client connection = client();
     EXPECT_EQ(total(connection), 2);
-    EXPECT_EQ(connection.Get("/icons/000000001_iconm.jpeg")->status, 200);
+    EXPECT_EQ(thumbnail(), before);
+    EXPECT_EQ(whenMade(), made) << "the picture was made again";
 }
 
 TEST(RenditionName, IsReadStrictly) {
