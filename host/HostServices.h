@@ -20,6 +20,10 @@ class iClock;
 class iCacheStore;
 class iImageDecoder;
 class iTaskContext;
+class iEditStore;
+class iExternalIds;
+class iActionRecord;
+class iStreamingFiles;
 
 struct HostServices {
     iMemory* memory = nullptr;       // null: the C runtime's
@@ -34,9 +38,13 @@ struct HostServices {
     iLogSink* log = nullptr;                 // null: nothing is logged
     iJSONReader* json = nullptr;
     iClock* clock = nullptr;
-    iCacheStore* cache = nullptr;    // null: nothing is cached on disk
-    iImageDecoder* images = nullptr; // null: no picture can be read
-    iTaskContext* tasks = nullptr;   // null: no thread runs a task
+    iCacheStore* cache = nullptr;        // null: nothing is cached on disk
+    iImageDecoder* images = nullptr;     // null: no picture can be read
+    iTaskContext* tasks = nullptr;       // null: no thread runs a task
+    iEditStore* edits = nullptr;         // null: no edit can be made or opened
+    iExternalIds* externalIds = nullptr; // null: nothing has an external id
+    iActionRecord* actions = nullptr;    // null: no action is recorded
+    iStreamingFiles* streams = nullptr;  // null: no file streams from a server
 };
 
 // Makes the services of `services` the ones behind every door and gives back those before them. The services

@@ -13,10 +13,13 @@ class iFileProvider;
 
 class ZQ_API iFileManager {
 public:
-    // Result of a copy. Other values than these two are failures of the transfer.
+    // Result of a copy.
     enum eCopyRC : std::int32_t {
         eCopied = 0,
         eSourceNotOpened = 1,
+        eCancelled = 2,
+        eDestinationNotWritten = 3, // it exists, cannot be written, or its disk is full
+        eTransferFailed = 4,        // the source ended early or changed
     };
     // Told of bytes done and bytes in all.
     struct ProgressCallback {
@@ -36,6 +39,12 @@ public:
     // hints; (2, 1, 0, 0) is write, others may read.
     [[nodiscard]] virtual Zq::Ptr<iFile> openForWrite(WideString const& path, int access, int sharing,
                                                       int hint, int further) = 0;
+    // The file for reading, of a disk or of a provider; null when it cannot be opened.
+    [[nodiscard]] virtual Zq::Ptr<iFile> openForRead(WideString const& path) = 0;
+    // Copies a file of a disk or of a provider to a disk. The destination is whole or as it was before; an
+    // old one stays, and the copy fails, unless `overwrite`.
+    [[nodiscard]] virtual eCopyRC copyFile(WideString const& source, WideString const& destination,
+                                           bool overwrite, ProgressCallback progress) = 0;
     [[nodiscard]] virtual wchar_t pathSeparator() const = 0;
     // Name of the host application, as a person reads it.
     [[nodiscard]] virtual WideString getHostName() const = 0;

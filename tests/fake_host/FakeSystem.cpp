@@ -74,6 +74,31 @@ Zq::Ptr<iFile> FileManager::openForWrite(WideString const& path, int, int, int, 
     return Zq::makeShared<File>(disk, path);
 }
 
+Zq::Ptr<iFile> FileManager::openForRead(WideString const& path) {
+    if (iFileProvider* const provider = findProvider(path)) {
+        return provider->openFile(path, 1, 0, 1, 0);
+    }
+    std::lock_guard const lock(disk->mutex);
+    return disk->files.contains(path) ? Zq::Ptr<iFile>(Zq::makeShared<File>(disk, path)) : Zq::Ptr<iFile>();
+}
+
+iFileManager::eCopyRC FileManager::copyFile(WideString const& source, WideString const& destination,
+                                            bool overwrite, ProgressCallback progress) {
+    if (iFileProvider* const provider = findProvider(source)) {
+        return provider->copyFile(source, destination, overwrite, progress);
+    }
+    std::lock_guard const lock(disk->mutex);
+    auto const found = disk->files.find(source);
+    if (found == disk->files.end()) {
+        return eSourceNotOpened;
+    }
+    if (!overwrite && disk->files.contains(destination)) {
+        return eDestinationNotWritten;
+    }
+    disk->files[destination] = found->second;
+    return eCopied;
+}
+
 void FileManager::forgetProvidersOf(ZqComponentBase& component) {
     if (throwOnForgetting) {
         throw std::runtime_error("the file layer has failed");

@@ -35,6 +35,10 @@ public:
     bool createDirectory(WideString const& path) override;
     Zq::Ptr<iFile> openForWrite(WideString const& path, int access, int sharing, int hint,
                                 int further) override;
+    // Leads to the provider of a virtual path.
+    Zq::Ptr<iFile> openForRead(WideString const& path) override;
+    eCopyRC copyFile(WideString const& source, WideString const& destination, bool overwrite,
+                     ProgressCallback progress) override;
     wchar_t pathSeparator() const override { return L'/'; }
     WideString getHostName() const override { return hostName; }
     void registerProvider(iFileProvider& provider) override { providers.push_back(&provider); }

@@ -55,6 +55,11 @@ public:
                                 int further) override {
         return files_.openForWrite(path, access, sharing, hint, further);
     }
+    Zq::Ptr<iFile> openForRead(WideString const& path) override { return files_.openForRead(path); }
+    eCopyRC copyFile(WideString const& source, WideString const& destination, bool overwrite,
+                     ProgressCallback progress) override {
+        return files_.copyFile(source, destination, overwrite, progress);
+    }
     wchar_t pathSeparator() const override { return files_.pathSeparator(); }
     WideString getHostName() const override { return files_.getHostName(); }
     void registerProvider(iFileProvider& provider) override {

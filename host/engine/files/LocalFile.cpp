@@ -11,8 +11,11 @@
 namespace engine {
 
 LocalFile::~LocalFile() {
+    if (!note_) {
+        return;
+    }
     if (::fdatasync(opened_.get()) == 0) {
-        note_.finish();
+        note_->finish();
     } else {
         Log("A written file could not be brought to disk (error %d); it is removed at the next start", errno);
     }

@@ -4,6 +4,8 @@
 // would shorten.
 #pragma once
 
+#include <optional>
+
 #include "host/engine/files/FileDescriptor.h"
 #include "host/engine/files/WriteJournal.h"
 #include "host/files/iFile.h"
@@ -12,8 +14,8 @@ namespace engine {
 
 class LocalFile final : public iFile {
 public:
-    // Takes an open file at position 0, and the note that it is being written.
-    LocalFile(FileDescriptor opened, WriteJournal::Note note)
+    // Takes an open file at position 0, and the note that it is being written; none for a file that is read.
+    LocalFile(FileDescriptor opened, std::optional<WriteJournal::Note> note)
         : note_(std::move(note)), opened_(std::move(opened)) {}
     ~LocalFile() override;
 
@@ -24,7 +26,7 @@ public:
     std::uint64_t getSize() override;
 
 private:
-    WriteJournal::Note note_;
+    std::optional<WriteJournal::Note> note_;
     FileDescriptor opened_;
 };
 

@@ -10,6 +10,7 @@
 
 #include "host/engine/files/LocalFile.h"
 #include "host/engine/files/LocalPath.h"
+#include "host/engine/files/copyLocalFile.h"
 #include "host/log/Log.h"
 #include "host/modules/ZqComponentBase.h"
 #include "repository/iFileProvider.h"
@@ -70,7 +71,31 @@ Zq::Ptr<iFile> LocalFileManager::openForWrite(WideString const& path, int, int, 
         return {};
     }
     journal_.forgetEnded(file);
-    return Zq::makeShared<LocalFile>(std::move(opened), std::move(*note));
+    return Zq::makeShared<LocalFile>(std::move(opened), std::move(note));
+}
+
+Zq::Ptr<iFile> LocalFileManager::openForRead(WideString const& path) {
+    if (iFileProvider* const provider = findProvider(path)) {
+        return provider->openFile(path, 1, 0, 1, 0);
+    }
+    std::filesystem::path const file = diskPath(path);
+    if (file.empty()) {
+        return {};
+    }
+    FileDescriptor opened(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    struct stat status {};
+    if (!opened || ::fstat(opened.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        return {};
+    }
+    return Zq::makeShared<LocalFile>(std::move(opened), std::nullopt);
+}
+
+iFileManager::eCopyRC LocalFileManager::copyFile(WideString const& source, WideString const& destination,
+                                                 bool overwrite, ProgressCallback progress) {
+    if (iFileProvider* const provider = findProvider(source)) {
+        return provider->copyFile(source, destination, overwrite, progress);
+    }
+    return copyLocalFile(diskPath(source), diskPath(destination), overwrite, progress);
 }
 
 void LocalFileManager::registerProvider(iFileProvider& provider) {

@@ -24,6 +24,9 @@ public:
     // Until its last owner lets go it stands in the journal of unfinished files.
     Zq::Ptr<iFile> openForWrite(WideString const& path, int access, int sharing, int hint,
                                 int further) override;
+    Zq::Ptr<iFile> openForRead(WideString const& path) override;
+    eCopyRC copyFile(WideString const& source, WideString const& destination, bool overwrite,
+                     ProgressCallback progress) override;
     wchar_t pathSeparator() const override { return L'/'; }
     WideString getHostName() const override { return hostName_; }
 

@@ -1,0 +1,96 @@
+// The project of the host: its edits, their external ids and its sequences, in one SQLite file.
+//
+// Every change is one transaction, on disk when the call returns; a crash leaves the state before it or after
+// it. One process writes: the first that opens the file holds its lock until it ends. Others read, see what
+// was committed last, and are refused changes with a text that says why.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/edit/EditManager.h"
+#include "host/engine/media/MediaFacts.h"
+#include "host/engine/project/EditRecord.h"
+#include "host/engine/project/Sequence.h"
+#include "host/engine/settings/Result.h"
+#include "host/object/ExtIDMgr.h"
+
+namespace engine {
+
+// What a relinking did, or would do.
+struct RelinkReport {
+    MediaFacts facts;                         // of the new file
+    std::vector<MediaDifference> differences; // from what the edit promises; empty where all agrees
+    // Placements that show frames which the new file does not have.
+    std::vector<std::int64_t> cutShort;
+};
+
+// Thread: any.
+class Project final : public iEditStore, public iExternalIds {
+public:
+    // Looks at a media file before an edit uses it.
+    using Inspect = std::function<Result<MediaFacts>(WideString const& path)>;
+
+    // Opens the project's file or makes it; brings one of an older version up to date; sets a damaged one
+    // aside with a line in the log and begins a new one. One of a newer version is refused.
+    [[nodiscard]] static Result<std::unique_ptr<Project>> open(std::filesystem::path const& file,
+                                                               Inspect inspect);
+    ~Project() override;
+
+    // False where another process holds the project.
+    [[nodiscard]] bool canWrite() const noexcept;
+
+    // iEditStore. An edit is in memory until it is no longer temporary.
+    [[nodiscard]] Zq::Ptr<Edit> makeNewClip(std::uint8_t videoChannels, std::uint8_t audioChannels,
+                                            double duration_s, Zq::FrameRate rate,
+                                            Cookie const& cookie) override;
+    [[nodiscard]] Zq::Ptr<Edit> open(Cookie const& cookie) override;
+    bool useMedia(Edit& edit, WideString const& path) override;
+    bool analyse(Edit& edit) override;
+
+    // iExternalIds. Those of a temporary edit are kept together with it.
+    [[nodiscard]] WideString find(Cookie const& object, WideString const& kind) override;
+    [[nodiscard]] Cookie findObject(WideString const& kind, WideString const& id) override;
+    void associate(Cookie const& object, WideString const& kind, WideString const& id) override;
+
+    // The edits that are kept, in the order in which they came to be; and one, temporary ones included.
+    [[nodiscard]] std::vector<EditRecord> edits();
+    [[nodiscard]] std::optional<EditRecord> edit(Cookie const& cookie);
+
+    // Places the piece of the edit between two times at the end of the sequence, which is made where there is
+    // none of that name; the edit is kept from now on. The times snap to frames of the clip: `in` down, `out`
+    // up; nothing stands for the clip's own beginning and end. One step of undo().
+    [[nodiscard]] Result<Placement> place(std::string const& sequence, Cookie const& edit,
+                                          std::optional<double> in_s, std::optional<double> out_s);
+    // By name, letter case and all.
+    [[nodiscard]] std::vector<std::string> sequenceNames();
+    [[nodiscard]] std::optional<Sequence> sequence(std::string const& name);
+    // Every use of the edit.
+    struct Use {
+        std::string sequence;
+        Placement placement;
+    };
+    [[nodiscard]] std::vector<Use> usesOf(Cookie const& edit);
+
+    // Has the edit play the file: see iEditStore::useMedia. A file that is refused is named in the failure
+    // and stays where it is.
+    [[nodiscard]] Result<RelinkReport> relink(Cookie const& edit, WideString const& path);
+    // What relink would do; changes nothing.
+    [[nodiscard]] Result<RelinkReport> checkRelink(Cookie const& edit, WideString const& path);
+    // How the last relinking of the edit in this process ended; nothing where there was none.
+    [[nodiscard]] std::optional<Result<RelinkReport>> lastRelink(Cookie const& edit);
+
+    // Takes the last step back, that of an earlier run too, and gives it in words.
+    [[nodiscard]] Result<std::string> undo();
+
+private:
+    class Implementation;
+    explicit Project(std::unique_ptr<Implementation> implementation);
+    std::unique_ptr<Implementation> const implementation_;
+};
+
+} // namespace engine

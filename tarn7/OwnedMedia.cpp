@@ -1,0 +1,7 @@
+// What the account owns.
+
+#include "tarn7/Tarn7Resource.h"
+
+LightweightVector<RemoteAsset> Tarn7Resource::getPurchasedAssets() {
+    return {};
+}
