@@ -11,6 +11,7 @@ find_package(tomlplusplus REQUIRED)
 find_package(CLI11 REQUIRED)
 find_package(JPEG REQUIRED)
 find_package(PNG REQUIRED)
+find_package(pugixml REQUIRED)
 pkg_check_modules(HTTPLIB REQUIRED IMPORTED_TARGET cpp-httplib)
 pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET
                   libavformat libavcodec libavutil libswscale libswresample)

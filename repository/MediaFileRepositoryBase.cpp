@@ -3,10 +3,13 @@
 #include <string_view>
 
 #include "host/HostServices.h"
+#include "host/edit/EditManager.h"
 #include "host/files/Paths.h"
 #include "host/files/iCacheStore.h"
+#include "host/object/ExtIDMgr.h"
 #include "host/os/OS.h"
 #include "host/preferences/EditorPreferences.h"
+#include "host/text/Unicode.h"
 
 namespace {
 
@@ -34,14 +37,16 @@ bool mayBeFailure(SearchResults const& results) {
     return results.assets.empty() && results.totalCount == 0;
 }
 
-// Text of the service as part of a line: what would end the line becomes a blank.
-WideString onOneLine(WideString const& text) {
-    WideString line;
-    for (wchar_t const unit : text) {
-        bool const control = unit < 0x20 || (unit >= 0x7f && unit < 0xa0) || unit == 0x2028 || unit == 0x2029;
-        line.append(control ? L' ' : unit);
-    }
-    return line;
+// The edit of that identity; null where there is none.
+Zq::Ptr<Edit> findEdit(Cookie const& cookie) {
+    iEditStore* const edits = installedHost().edits;
+    return edits != nullptr && !cookie.isNull() ? edits->open(cookie) : Zq::Ptr<Edit>();
+}
+
+LogAttribute attributeOf(LogAttributeMap::Entry const& entry) {
+    return entry.key.isEmpty()
+               ? LogAttribute(entry.type)
+               : LogAttribute(UIString(), entry.key.c_str(), DBFieldTypes::text, 0, 1, entry.type);
 }
 
 } // namespace
@@ -134,23 +139,68 @@ void MediaFileRepositoryBase::thumbInit() {
 }
 
 EditModifier MediaFileRepositoryBase::openEdit(RemoteAsset const& asset, eOpenFlags) {
-    return createEdit(asset);
+    if (Zq::Ptr<Edit> local = findEdit(findLocalItem(asset))) {
+        return EditModifier(std::move(local));
+    }
+    EditModifier edit = createEdit(asset);
+    if (edit.isEmpty()) {
+        return edit;
+    }
+    Cookie const cookie = edit->getCookie();
+    if (!asset.id.isEmpty()) {
+        ExtIDMgr::instance().setAssociatedID(cookie, getShortName(), asset.id);
+    }
+    edit->setPreviewLocation(asset.proxyLocation);
+    return edit;
 }
 
-ContainerModifier<Document> MediaFileRepositoryBase::openDocument(RemoteAsset const&) {
-    return {};
+ContainerModifier<Document> MediaFileRepositoryBase::openDocument(RemoteAsset const& asset) {
+    if (asset.id.isEmpty()) {
+        return {};
+    }
+    LogAttributeMap texts = asset.logAttributes;
+    for (LogAttributeMap::Entry const& entry : asset.displayAttributes.entries()) {
+        texts.add(attributeOf(entry), entry.value);
+    }
+    WideString title = fromUTF8(texts.find(LogAttribute(LogAttribute::eName)));
+    Zq::Ptr<Document> const document = Zq::makeShared<Document>(std::move(title), std::move(texts));
+    if (document) {
+        document->subject = findLocalItem(asset);
+    }
+    return ContainerModifier<Document>(document);
 }
 
-Cookie MediaFileRepositoryBase::findLocalItem(RemoteAsset const&) {
-    return {};
+Cookie MediaFileRepositoryBase::localItem(RemoteAsset const& asset) const {
+    if (findEdit(asset.cookie)) {
+        return asset.cookie;
+    }
+    if (asset.id.isEmpty()) {
+        return {};
+    }
+    Cookie const associated = ExtIDMgr::instance().findAssociatedObject(getShortName(), asset.id);
+    return findEdit(associated) ? associated : Cookie();
+}
+
+Cookie MediaFileRepositoryBase::findLocalItem(RemoteAsset const& asset) {
+    return localItem(asset);
 }
 
 ImportResult MediaFileRepositoryBase::import(LightweightVector<RemoteAsset> const& assets, LoggerHandle log) {
     ImportResult result;
     for (RemoteAsset const& asset : assets) {
-        result.failedIds.push_back(asset.id);
-        log.write(getShortName() + L" " + onOneLine(asset.id) + L" could not be imported.",
-                  LoggerBase::eTransferFailed);
+        EditModifier const edit = openEdit(asset, eOpenNormally);
+        if (edit.isEmpty()) {
+            result.failedIds.push_back(asset.id);
+            log.write(getShortName() + L" " + asset.id + L" could not be imported.",
+                      LoggerBase::eTransferFailed);
+            continue;
+        }
+        edit->setTemporary(false);
+        RemoteAsset imported = asset;
+        imported.cookie = edit->getCookie();
+        analyse(imported);
+        result.edits.push_back(imported.cookie);
+        log.write(edit->getName(), LoggerBase::ePlain);
     }
     return result;
 }
@@ -201,7 +251,16 @@ WideString MediaFileRepositoryBase::remoteToVirtualLocal(WideString const& addre
     return providerPointer != nullptr ? providerPointer->makeVirtualPath(address) : WideString();
 }
 
-void MediaFileRepositoryBase::analyse(RemoteAsset const&) const {}
+bool MediaFileRepositoryBase::replaceProxyMedia(EditPtr const& edit, WideString const& path) {
+    iEditStore* const edits = installedHost().edits;
+    return edit && edits != nullptr && edits->useMedia(*edit, path);
+}
+
+void MediaFileRepositoryBase::analyse(RemoteAsset const& asset) const {
+    if (EditPtr const edit = EditPtr::i_open(localItem(asset), 0)) {
+        (void)installedHost().edits->analyse(*edit);
+    }
+}
 
 void MediaFileRepositoryBase::handleProjectExit() {
     searchResultCache.clear();

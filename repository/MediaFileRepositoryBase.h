@@ -38,11 +38,17 @@ public:
     // A picture in the cache that cannot be read is fetched once more. Thread: any, as far as
     // getRemoteLocation of the resource allows.
     [[nodiscard]] Zq::Ptr<iHostImage> getThumbnail(RemoteAsset const& asset) override;
-    // What createEdit makes.
+    // The local item of the asset; where there is none, what createEdit makes, which from then on is the
+    // local item of every asset with that id and plays the asset's preview. Empty when no edit could be made.
     [[nodiscard]] EditModifier openEdit(RemoteAsset const& asset, eOpenFlags flags) override;
+    // The asset's texts, those of its columns before those that only stay with it, about its local item.
+    // Empty for an asset without an id.
     [[nodiscard]] ContainerModifier<Document> openDocument(RemoteAsset const& asset) override;
+    // The asset's own cookie where it leads to an edit; else the edit that was associated with the asset's
+    // id.
     [[nodiscard]] Cookie findLocalItem(RemoteAsset const& asset) override;
-    // Every asset is reported as failed, in the record and with a line in the log.
+    // Opens an edit for each asset, keeps it and looks at what it plays. A line in the log for each: the name
+    // of the edit, or that the asset could not be imported.
     ImportResult import(LightweightVector<RemoteAsset> const& assets, LoggerHandle log) override;
     [[nodiscard]] Zq::Ptr<Zq::Guard> addListener(Zq::Ptr<Listener> const& listener) override;
 
@@ -50,6 +56,9 @@ public:
     [[nodiscard]] bool isPurchased(RemoteAsset const& asset) const;
     // The words of the query without blanks at their ends, ready to send.
     [[nodiscard]] static WideString getSearchPattern(SearchQuery const& query);
+    // Has the edit play the file instead of its preview. False when it plays what it played before: the host
+    // refused the file, or there is no edit. The host's log tells why, so nobody has to look. Thread: any.
+    static bool replaceProxyMedia(EditPtr const& edit, WideString const& path);
 
     // For a host's screens: what the protected operations of these names tell.
     [[nodiscard]] WideString describeFileExtension() const { return getFileExtension(); }
@@ -82,7 +91,7 @@ protected:
     [[nodiscard]] virtual SearchResults searchInternal(SearchQuery const& query) = 0;
     // Fetches the asset's picture into the cache and gives its path; empty when it could not be had.
     [[nodiscard]] virtual WideString downloadThumbnail(RemoteAsset const& asset);
-    // Looks at the asset's media and records what it finds. Here: nothing, as there is no place to record it.
+    // Looks at the media of the asset's local item and records with it what it finds.
     virtual void analyse(RemoteAsset const& asset) const;
 
 public:
@@ -104,6 +113,8 @@ protected:
     NotifierBase notifier;
 
 private:
+    // findLocalItem of this class, for those that change nothing.
+    [[nodiscard]] Cookie localItem(RemoteAsset const& asset) const;
     [[nodiscard]] SearchResultCache::Key makeKey(SearchResultCache::Kind kind, WideString const& text,
                                                  std::uint16_t page, std::uint16_t pageSize) const;
 

@@ -1,6 +1,13 @@
 #include "repository/iFileProvider.h"
 
-iFileProvider::~iFileProvider() = default;
+#include "host/HostServices.h"
+
+// Also where it is never a whole object: a repository registers its provider before it is built to the end.
+iFileProvider::~iFileProvider() {
+    if (iFileManager* const files = installedHost().files) {
+        files->forgetProvider(*this);
+    }
+}
 
 std::uint64_t iFileProvider::getFileSize(WideString const& path) {
     Zq::Ptr<iFile> const file = openFile(path, 1, 0, 4, 0);
@@ -21,6 +28,7 @@ FileInfo iFileProvider::getFileInfo(WideString const& path) {
 bool iFileProvider::isWritable() const {
     return false;
 }
+
 WideString iFileProvider::getProviderName() const {
     return {};
 }

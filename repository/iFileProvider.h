@@ -19,6 +19,7 @@ struct FileInfo {
 
 class ZQ_API iFileProvider : public virtual iObject {
 public:
+    // The host's file layer forgets the provider.
     ~iFileProvider() override;
 
     // The file behind the path; null when there is none. The four integers are those of the file manager.

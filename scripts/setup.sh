@@ -8,11 +8,12 @@ set -euo pipefail
 run_packages=(
   build-essential cmake ninja-build pkg-config ca-certificates
   libcurl4-openssl-dev libssl-dev libsimdjson-dev libsqlite3-dev libspdlog-dev libtomlplusplus-dev
-  libcli11-dev libcpp-httplib-dev libjpeg-dev libpng-dev
-  libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libswresample-dev ffmpeg
+  libcli11-dev libcpp-httplib-dev libjpeg-dev libpng-dev libpugixml-dev
+  libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libswresample-dev ffmpeg melt
 )
-# nlohmann-json3-dev is a second reader of JSON for tests and benchmarks, curl the one that we are measured against.
-test_packages=(libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev binutils curl)
+# nlohmann-json3-dev is a second reader of JSON for tests and benchmarks, curl the one that we are measured against;
+# libxml2-utils holds XML against its grammar.
+test_packages=(libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev binutils curl libxml2-utils)
 
 case "${1:-}" in
   run) packages=("${run_packages[@]}") ;;

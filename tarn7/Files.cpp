@@ -1,5 +1,8 @@
 // The repository as a provider of files.
 
+#include "host/files/Paths.h"
+#include "host/files/StreamingFile.h"
+#include "host/os/OS.h"
 #include "tarn7/Tarn7Resource.h"
 
 bool Tarn7Resource::handlesFile(WideString const& path) const {
@@ -22,12 +25,34 @@ WideString Tarn7Resource::mapPathForWriting(WideString const& path) const {
     return path;
 }
 
-// The host has no files that stream from a server yet: nothing opens, and so nothing is copied.
-Zq::Ptr<iFile> Tarn7Resource::openFile(WideString const&, int, int, int, int) {
-    return {};
+Zq::Ptr<iFile> Tarn7Resource::openFile(WideString const& path, int, int, int, int) {
+    ParsedURI const address = parseURI(path);
+    if (!address.valid()) {
+        return {};
+    }
+    HTTPConnectionInfo connection;
+    connection.server = address.server;
+    connection.secure = address.secure;
+    Zq::Ptr<iHTTPServer> const server = OSPrivate().network().createHTTPServer(connection);
+    if (!server) {
+        return {};
+    }
+    // The service keeps a clip's files side by side: only their name leads to them, not the folder of the
+    // address. Both of them share one store; the file that streams into it sees whose bytes it holds.
+    WideString const name = stripPathAndExt(fixForeignOSFileName(address.path));
+    WideString const store = partialFolder + OS().fileManager().pathSeparator() + name + L".partial";
+    if (hqProxies) {
+        Zq::Ptr<iStreamingFile> const file =
+            StreamingFile::create(server, name + L"_main_xl.mp4", path, store, 0);
+        if (file && file->getSize() != 0) {
+            return file;
+        }
+    }
+    return StreamingFile::create(server, name + L"_prev_264.mov", path, store, 0);
 }
 
-iFileManager::eCopyRC Tarn7Resource::copyFile(WideString const&, WideString const&, bool,
-                                              iFileManager::ProgressCallback) {
-    return iFileManager::eSourceNotOpened;
+iFileManager::eCopyRC Tarn7Resource::copyFile(WideString const& source, WideString const& destination,
+                                              bool overwrite, iFileManager::ProgressCallback progress) {
+    auto const file = Zq::dynamicCast<StreamingFile>(openFile(source, 1, 0, 1, 0));
+    return file ? file->saveAs(destination, overwrite, progress) : iFileManager::eSourceNotOpened;
 }

@@ -23,5 +23,5 @@ Tarn7Resource::Tarn7Resource()
     hqProxies = prefs().getPreference("T7 HQ Proxies", true);
 }
 
-// Nothing is sent to the service, and the host forgets the provider by itself.
+// Nothing is sent to the service. The file layer forgets the provider as that part of the client ends.
 Tarn7Resource::~Tarn7Resource() = default;

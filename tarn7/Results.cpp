@@ -1,13 +1,12 @@
 // The answer of a search as assets of the host.
 
 #include <cmath>
-#include <map>
 
 #include "host/resources/resourceStr.h"
 #include "host/text/Unicode.h"
+#include "tarn7/DisplayColumns.h"
 #include "tarn7/ItemReader.h"
 #include "tarn7/ItemTexts.h"
-#include "tarn7/Tarn7Resource.h"
 
 namespace {
 
@@ -19,13 +18,6 @@ struct LogColumns {
     LogAttribute clipId{LogAttribute::eClipId};
     LogAttribute source{LogAttribute::eSource};
     LogAttribute price{LogAttribute::ePrice};
-};
-
-struct DisplayColumns {
-    LogAttribute format{LogAttribute::eFormat};
-    LogAttribute frameRate{LogAttribute::eFrameRate};
-    LogAttribute price{LogAttribute::ePrice};
-    LogAttribute duration{Tarn7Resource::getDurationAttribute()};
 };
 
 // The rate that a decimal number of the item means; the text is read where it lies.
@@ -94,22 +86,11 @@ SearchResults Tarn7Resource::searchInternal(SearchQuery const& query) {
     // The columns show the rates, and the rates come out of the cache that the loop has fed.
     getClipData(results.assets);
 
-    DisplayColumns const display;
-    // Most clips of a page have one of few rates, and a price that stands in the log attributes already.
-    std::map<Zq::FrameRate, NarrowString> rateTexts;
+    tarn7::DisplayColumns display;
     for (RemoteAsset& asset : results.assets) {
-        auto const& item = dynamic_cast<Item const&>(*asset.payload);
-        asset.displayAttributes.reserve(4);
-        asset.displayAttributes.add(display.format, tarn7::formatText(item));
-        auto const [rate, isNew] = rateTexts.try_emplace(asset.frameRate);
-        if (isNew) {
-            rate->second = toUTF8(getFrameRateText(asset));
-        }
-        asset.displayAttributes.add(display.frameRate, rate->second);
-        asset.displayAttributes.add(display.price, isPurchased(asset)
-                                                       ? toUTF8(getPriceText(asset))
-                                                       : asset.logAttributes.find(columns.price));
-        asset.displayAttributes.add(display.duration, tarn7::durationText(item));
+        // A price that is shown stands in the log attributes already.
+        display.addTo(asset, isPurchased(asset) ? toUTF8(getPriceText(asset))
+                                                : asset.logAttributes.find(columns.price));
     }
     setPageFigures(results, *reply, query.pageSize);
     return results;

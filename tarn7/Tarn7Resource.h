@@ -1,7 +1,8 @@
 // The Tarn7 stock-media service as a repository of the host.
 //
 // Everything that the class knows of the service stands in its own sources, one per capability: identity,
-// sign-in, options, search request, results, formats, clip data, locations, transport.
+// sign-in, options, search request, results, formats, clip data, locations, files, edits, cart, purchases,
+// owned media, download, transport.
 //
 // Thread: repository. Nothing here is locked but the refill of purchasedIds.
 #pragma once
@@ -115,6 +116,9 @@ protected:
     [[nodiscard]] Response runSearch(SearchQuery const& query);
     // Settles the frame rate of each asset, with one request at most.
     void getClipData(LightweightVector<RemoteAsset>& assets);
+    // Makes the account's cart hold exactly these assets, with as small a change as does it. False when the
+    // service refused the change.
+    [[nodiscard]] bool syncCart(LightweightVector<RemoteAsset> const& assets);
 
     Zq::Ptr<iHash> digestService;
     CriticalSection purchaseLock; // held while getPurchasedAssets refills purchasedIds, and only there
@@ -127,4 +131,12 @@ protected:
 
 private:
     void handleFilterChange(char const* preference, std::int32_t value);
+
+    // Has the edit play the asset's full media, which is fetched where it is not on this machine yet. False
+    // when the service refused the asset or gave no address.
+    bool fetchMedia(RemoteAsset const& asset, EditModifier const& edit, LoggerHandle const& log);
+    // The HTTP status of the transfer, 0 when there was none to speak of. What arrived is at the path.
+    [[nodiscard]] int transferTo(WideString const& path, WideString const& address, LoggerHandle const& log);
+    // Appends an asset for each item of the reply that has a version to download.
+    void readOwnedItems(JSON::Element const& reply, LightweightVector<RemoteAsset>& assets);
 };

@@ -84,7 +84,8 @@ void run(AccountOptions const& options) {
         break;
     case AccountOptions::Action::list:
         for (Account const& account : accounts.list()) {
-            std::cout << cleanText(account.name) << '\t' << account.credits << '\n';
+            std::cout << cleanText(account.name) << '\t' << account.credits
+                      << (account.paymentsBlocked ? "\tblocked" : "") << '\n';
         }
         break;
     case AccountOptions::Action::remove:
@@ -92,6 +93,11 @@ void run(AccountOptions const& options) {
         break;
     case AccountOptions::Action::credits:
         require(accounts.setCredits(options.name, options.credits), missing);
+        break;
+    case AccountOptions::Action::block:
+    case AccountOptions::Action::unblock:
+        require(accounts.setPaymentsBlocked(options.name, options.action == AccountOptions::Action::block),
+                missing);
         break;
     case AccountOptions::Action::password:
         require(accounts.find(options.name).has_value(), missing);

@@ -1,26 +1,14 @@
 #include "apps/tarn7d/Accounts.h"
 
 #include <semaphore>
-#include <stdexcept>
 
+#include "apps/tarn7d/AccountsDatabase.h"
 #include "apps/tarn7d/PasswordHash.h"
 #include "apps/tarn7d/Text.h"
 
 namespace tarn7d {
 
 namespace {
-
-constexpr int schemaVersion = 1;
-
-// No account gets the number of a removed one: sessions and purchases are bound to numbers.
-constexpr char const* schema = R"sql(
-CREATE TABLE account (
-    id INTEGER PRIMARY KEY AUTOINCREMENT,
-    name TEXT NOT NULL UNIQUE,
-    salt TEXT NOT NULL,
-    digest TEXT NOT NULL,
-    credits INTEGER NOT NULL CHECK (credits >= 0));
-)sql";
 
 constexpr std::size_t longestName = 100;
 
@@ -64,37 +52,17 @@ std::string fromHex(std::string_view hex) {
 }
 
 Account readAccount(engine::Statement const& row) {
-    return {row.integer(0), std::string(row.text(1)), row.integer(2)};
+    return {row.integer(0), std::string(row.text(1)), row.integer(2), row.integer(3) != 0};
 }
 
 bool isName(std::string_view name) {
     return !name.empty() && cleanText(name, longestName) == name;
 }
 
-engine::Database openPrivate(std::filesystem::path const& file) {
-    engine::Database database(file);
-    std::filesystem::permissions(file,
-                                 std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
-    return database;
-}
-
 } // namespace
 
-Accounts::Accounts(std::filesystem::path const& databaseFile) : database_(openPrivate(databaseFile)) {
-    engine::Transaction transaction(database_);
-    int const version = database_.schemaVersion();
-    if (version > schemaVersion) {
-        throw std::runtime_error("a newer version of the service made it");
-    }
-    if (version == 0) {
-        database_.execute(schema);
-        database_.setSchemaVersion(schemaVersion);
-    }
-    transaction.commit();
-    if (!database_.isSound()) {
-        throw std::runtime_error("it is damaged");
-    }
-}
+Accounts::Accounts(std::filesystem::path const& databaseFile)
+    : database_(openAccountsDatabase(databaseFile)) {}
 
 bool Accounts::add(std::string_view name, std::string_view password, std::int64_t credits) {
     if (!isName(name) || credits < 0 || find(name)) {
@@ -139,9 +107,19 @@ bool Accounts::setCredits(std::string_view name, std::int64_t credits) {
     return database_.changes() == 1;
 }
 
+bool Accounts::setPaymentsBlocked(std::string_view name, bool blocked) {
+    std::lock_guard const lock(mutex_);
+    database_.prepare("UPDATE account SET payments_blocked=?2 WHERE name=?1")
+        .bind(1, name)
+        .bind(2, blocked ? 1 : 0)
+        .run();
+    return database_.changes() == 1;
+}
+
 std::vector<Account> Accounts::list() {
     std::lock_guard const lock(mutex_);
-    engine::Statement rows = database_.prepare("SELECT id, name, credits FROM account ORDER BY name");
+    engine::Statement rows =
+        database_.prepare("SELECT id, name, credits, payments_blocked FROM account ORDER BY name");
     std::vector<Account> accounts;
     while (rows.step()) {
         accounts.push_back(readAccount(rows));
@@ -151,14 +129,16 @@ std::vector<Account> Accounts::list() {
 
 std::optional<Account> Accounts::find(std::string_view name) {
     std::lock_guard const lock(mutex_);
-    engine::Statement row = database_.prepare("SELECT id, name, credits FROM account WHERE name=?1");
+    engine::Statement row =
+        database_.prepare("SELECT id, name, credits, payments_blocked FROM account WHERE name=?1");
     row.bind(1, name);
     return row.step() ? std::optional(readAccount(row)) : std::nullopt;
 }
 
 std::optional<Account> Accounts::find(std::int64_t id) {
     std::lock_guard const lock(mutex_);
-    engine::Statement row = database_.prepare("SELECT id, name, credits FROM account WHERE id=?1");
+    engine::Statement row =
+        database_.prepare("SELECT id, name, credits, payments_blocked FROM account WHERE id=?1");
     row.bind(1, id);
     return row.step() ? std::optional(readAccount(row)) : std::nullopt;
 }
@@ -169,13 +149,14 @@ Accounts::CheckResult Accounts::check(std::string_view name, std::string_view pa
     {
         std::lock_guard const lock(mutex_);
         engine::Statement row =
-            database_.prepare("SELECT id, name, credits, salt, digest FROM account WHERE name=?1");
+            database_.prepare("SELECT id, name, credits, payments_blocked, salt, digest FROM account "
+                              "WHERE name=?1");
         row.bind(1, name);
         if (!row.step()) {
             return result;
         }
         result.account = readAccount(row);
-        stored = {fromHex(row.text(3)), fromHex(row.text(4))};
+        stored = {fromHex(row.text(4)), fromHex(row.text(5))};
     }
     HashingSlot const slot;
     result.check = isPassword(password, stored) ? Check::good : Check::wrongPassword;

@@ -17,6 +17,7 @@ struct Account {
     std::int64_t id = 0;
     std::string name;
     std::int64_t credits = 0;
+    bool paymentsBlocked = false; // buys nothing, in neither way
 };
 
 // Any thread for every operation; a running service and the account commands may work on one file. All throw
@@ -40,6 +41,7 @@ public:
     [[nodiscard]] bool remove(std::string_view name);
     [[nodiscard]] bool setPassword(std::string_view name, std::string_view password);
     [[nodiscard]] bool setCredits(std::string_view name, std::int64_t credits);
+    [[nodiscard]] bool setPaymentsBlocked(std::string_view name, bool blocked);
 
     [[nodiscard]] std::vector<Account> list();
     [[nodiscard]] std::optional<Account> find(std::string_view name);

@@ -10,6 +10,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <span>
 #include <stop_token>
 #include <string>
 #include <unordered_map>
@@ -72,6 +73,12 @@ public:
 
     // The clip of that number if its file is there. Any thread. Throws engine::DatabaseError.
     [[nodiscard]] std::optional<Clip> find(std::int64_t id);
+
+    // Clips whose file is there, or also those whose file is gone: they keep what was known of them.
+    enum class Presence { there, ever };
+    // The clips of these numbers in the order of the numbers; a number without a clip is passed over. Any
+    // thread. Throws engine::DatabaseError.
+    [[nodiscard]] std::vector<Clip> findAll(std::span<std::int64_t const> ids, Presence presence);
 
     [[nodiscard]] std::filesystem::path fileOf(Clip const& clip) const { return footage_ / clip.path; }
 

@@ -165,6 +165,10 @@ std::string exactRateText(Rate rate) {
     return isKnown(rate) ? trimmedDecimal(perSecond(rate), 5) : "";
 }
 
+std::string displayRateText(Rate rate) {
+    return isKnown(rate) ? trimmedDecimal(perSecond(rate), 3) : "";
+}
+
 std::string coarseRateText(Rate rate) {
     return isKnown(rate) ? std::to_string(rate.numerator / rate.denominator) : "";
 }

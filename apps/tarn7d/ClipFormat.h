@@ -53,6 +53,9 @@ struct PictureTraits {
 // "fps": the whole frames a second, cut short, as "29" or "25"; empty if unknown.
 [[nodiscard]] std::string coarseRateText(Rate rate);
 
+// The rate for people to read: up to three decimals, as "23.976" or "25"; empty if unknown.
+[[nodiscard]] std::string displayRateText(Rate rate);
+
 // "coda": "no snd" for no channels, else as "48 kHz stereo pcm_s16le".
 [[nodiscard]] std::string soundText(int channels, int sampleRate, std::string_view codec);
 

@@ -1,5 +1,6 @@
 #include "apps/tarn7d/ConnectionRegistry.h"
 
+#include <netinet/in.h>
 #include <sys/socket.h>
 
 namespace tarn7d {
@@ -10,6 +11,19 @@ namespace {
 int contextIndex() {
     static int const index = SSL_CTX_get_ex_new_index(0, nullptr, nullptr, nullptr, nullptr);
     return index;
+}
+
+// The port at the other end; 0 when there is none.
+int remotePortOf(int socket) {
+    sockaddr_storage address{};
+    socklen_t size = sizeof address;
+    if (::getpeername(socket, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
+        return 0;
+    }
+    if (address.ss_family == AF_INET6) {
+        return ntohs(reinterpret_cast<sockaddr_in6 const*>(&address)->sin6_port);
+    }
+    return ntohs(reinterpret_cast<sockaddr_in const*>(&address)->sin_port);
 }
 
 } // namespace
@@ -55,6 +69,15 @@ void ConnectionRegistry::add(SSL const* connection) {
 void ConnectionRegistry::remove(SSL const* connection) {
     std::lock_guard const lock(mutex_);
     connections_.erase(connection);
+}
+
+void ConnectionRegistry::shutDown(int remotePort) {
+    std::lock_guard const lock(mutex_);
+    for (SSL const* const connection : connections_) {
+        if (remotePort != 0 && remotePortOf(SSL_get_fd(connection)) == remotePort) {
+            ::shutdown(SSL_get_fd(connection), SHUT_RDWR);
+        }
+    }
 }
 
 void ConnectionRegistry::shutDownAll() {

@@ -19,6 +19,10 @@ public:
     // server's own threads then close them.
     void shutDownAll();
 
+    // Ends the traffic of the connection that comes from that port of the loopback interface, at once and
+    // without an answer; nothing if there is none.
+    void shutDown(int remotePort);
+
 private:
     static int registryIndex();
     static void onProgress(SSL const* connection, int where, int result);

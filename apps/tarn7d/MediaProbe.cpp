@@ -1,45 +1,23 @@
 #include "apps/tarn7d/MediaProbe.h"
 
 #include <algorithm>
-#include <memory>
 
 extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
-#include <libavutil/imgutils.h>
 #include <libavutil/log.h>
-#include <libswscale/swscale.h>
 }
+
+#include "host/engine/media/FFmpegHandles.h"
+#include "host/engine/media/describeMedia.h"
 
 namespace tarn7d {
 
-char const* const allowedFormats =
-    "mov,mp4,m4a,3gp,3g2,mj2,matroska,webm,mpegts,mpeg,mpegvideo,avi,mxf,dv,flv,gxf,"
-    "asf,ogg,nut,h264,hevc,m4v";
-
 namespace {
 
-struct CloseInput {
-    void operator()(AVFormatContext* input) const noexcept { avformat_close_input(&input); }
-};
-struct FreeCodec {
-    void operator()(AVCodecContext* context) const noexcept { avcodec_free_context(&context); }
-};
-struct FreeFrame {
-    void operator()(AVFrame* frame) const noexcept { av_frame_free(&frame); }
-};
-struct FreePacket {
-    void operator()(AVPacket* packet) const noexcept { av_packet_free(&packet); }
-};
-struct FreeScaler {
-    void operator()(SwsContext* scaler) const noexcept { sws_freeContext(scaler); }
-};
-
-using Input = std::unique_ptr<AVFormatContext, CloseInput>;
-using Codec = std::unique_ptr<AVCodecContext, FreeCodec>;
-using Frame = std::unique_ptr<AVFrame, FreeFrame>;
-using Packet = std::unique_ptr<AVPacket, FreePacket>;
-using Scaler = std::unique_ptr<SwsContext, FreeScaler>;
+using Input = engine::ffmpeg::Format;
+using engine::ffmpeg::Codec;
+using engine::ffmpeg::Frame;
+using engine::ffmpeg::Packet;
+using engine::ffmpeg::Scaler;
 
 Input openInput(std::filesystem::path const& file) {
     // FFmpeg's own lines would carry hostile names to standard error; failures are told by value.
@@ -117,24 +95,6 @@ bool saysInterlaced(AVCodecParameters const& codec) {
 
 Rate toRate(AVRational value) {
     return value.num > 0 && value.den > 0 ? Rate{value.num, value.den} : Rate{};
-}
-
-// The average is derived from time stamps that some containers round; the base rate is exact but may be that
-// of the fields. So the base rate holds where the two agree.
-Rate frameRate(AVStream const& stream) {
-    AVRational const average = stream.avg_frame_rate;
-    AVRational const base = stream.r_frame_rate;
-    if (average.num <= 0 || average.den <= 0) {
-        return toRate(base);
-    }
-    if (base.num > 0 && base.den > 0) {
-        double const ratio = av_q2d(base) / av_q2d(average);
-        constexpr double agreement = 0.0005; // finer than the 0.1 % between a rate and its 1001 sibling
-        if (ratio > 1 - agreement && ratio < 1 + agreement) {
-            return toRate(base);
-        }
-    }
-    return toRate(average);
 }
 
 std::int64_t duration_ms(AVFormatContext const& input, AVStream const& stream) {
@@ -276,7 +236,7 @@ std::optional<MediaInfo> probeMedia(std::filesystem::path const& file) noexcept 
         info.codec = codecName(traits(*video->codecpar));
         info.width = video->codecpar->width;
         info.height = video->codecpar->height;
-        info.rate = frameRate(*video);
+        info.rate = toRate(engine::exactFrameRate(*video));
         info.standard = videoStandard({info.width, info.height, isInterlaced(input.get(), video), info.rate});
         info.aspect = aspectText(info.width, info.height, pixelAspect(*video));
         info.duration_ms = duration_ms(*input, *video);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "apps/tarn7d/ClipFormat.h"
+#include "host/engine/media/mediaContainers.h"
 
 namespace tarn7d {
 
@@ -32,6 +33,6 @@ struct MediaInfo {
 [[nodiscard]] std::vector<unsigned char> makeThumbnail(std::filesystem::path const& file, int width) noexcept;
 
 // Formats that are opened, as FFmpeg's list of names; also for the ffmpeg program.
-extern char const* const allowedFormats;
+inline constexpr char const* allowedFormats = engine::mediaContainers;
 
 } // namespace tarn7d

@@ -1,11 +1,14 @@
 #include "apps/tarn7d/MediaResponse.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <ctime>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 #include <fcntl.h>
@@ -74,20 +77,40 @@ struct Span {
     std::size_t length = 0;
 };
 
-// The part that one range names; empty if it names none of the file's bytes.
-std::optional<Span> spanOf(httplib::Range const& range, std::size_t size) {
-    auto const [first, last] = range;
-    if (first < 0) { // the last so many bytes
-        std::size_t const wanted = last > 0 ? static_cast<std::size_t>(last) : 0;
-        std::size_t const length = std::min(wanted, size);
-        return length > 0 ? std::optional(Span{size - length, length}) : std::nullopt;
-    }
-    auto const begin = static_cast<std::size_t>(first);
-    if (begin >= size || (last >= 0 && last < first)) {
+// One number of a range; nothing for anything else than digits.
+std::optional<std::size_t> positionFrom(std::string_view text) {
+    std::size_t position = 0;
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), position);
+    bool const whole = error == std::errc() && end == text.data() + text.size();
+    return whole ? std::optional(position) : std::nullopt;
+}
+
+// What a Range header asks of a file: the whole, where it names several ranges or makes no sense; one part of
+// it; or, with length 0, a part that the file does not have.
+std::optional<Span> spanOf(std::string_view header, std::size_t size) {
+    constexpr std::string_view unit = "bytes=";
+    std::size_t const dash = header.find('-');
+    if (!header.starts_with(unit) || dash == std::string_view::npos) {
         return std::nullopt;
     }
-    std::size_t const end = last < 0 ? size : std::min(size, static_cast<std::size_t>(last) + 1);
-    return Span{begin, end - begin};
+    std::string_view const before = header.substr(unit.size(), dash - unit.size());
+    std::string_view const behind = header.substr(dash + 1);
+    std::optional<std::size_t> const first = positionFrom(before);
+    std::optional<std::size_t> const last = positionFrom(behind);
+    if ((!first && !before.empty()) || (!last && !behind.empty()) || (!first && !last)) {
+        return std::nullopt;
+    }
+    if (!first) { // the last so many bytes
+        std::size_t const length = std::min(*last, size);
+        return Span{size - length, length};
+    }
+    if (last && *last < *first) {
+        return std::nullopt;
+    }
+    if (*first >= size) {
+        return Span{};
+    }
+    return Span{*first, (last ? std::min(size - 1, *last) : size - 1) - *first + 1};
 }
 
 bool listsTag(std::string const& header, std::string const& etag) {
@@ -112,10 +135,6 @@ void sendSpan(httplib::Response& response, std::shared_ptr<OpenFile const> const
 void sendFile(httplib::Request const& request, httplib::Response& response, std::filesystem::path const& path,
               std::string const& contentType) {
     auto const file = std::make_shared<OpenFile const>(path);
-    // The library would cut ranges out of any answer by itself, also where a precondition says otherwise; the
-    // request is the library's own changeable object.
-    httplib::Ranges ranges;
-    ranges.swap(const_cast<httplib::Request&>(request).ranges);
     if (!file->isGood()) {
         sendText(response, 404, "not found\n", "text/plain");
         return;
@@ -124,20 +143,23 @@ void sendFile(httplib::Request const& request, httplib::Response& response, std:
     response.set_header("ETag", etag);
     response.set_header("Last-Modified", httpDate(file->modified()));
     response.set_header("Accept-Ranges", "bytes");
-    response.set_header("Cache-Control", "no-cache");
+    if (!response.has_header("Cache-Control")) {
+        response.set_header("Cache-Control", "no-cache");
+    }
     if (request.has_header("If-None-Match") && listsTag(request.get_header_value("If-None-Match"), etag)) {
         response.status = 304;
         return;
     }
     std::size_t const size = file->size();
     bool const sameFile = !request.has_header("If-Range") || request.get_header_value("If-Range") == etag;
-    if (ranges.size() != 1 || !sameFile) {
+    std::optional<Span> const span =
+        sameFile ? spanOf(request.get_header_value("Range"), size) : std::nullopt;
+    if (!span) {
         response.status = 200;
         sendSpan(response, file, {0, size}, contentType);
         return;
     }
-    std::optional<Span> const span = spanOf(ranges.front(), size);
-    if (!span) {
+    if (span->length == 0) {
         response.set_header("Content-Range", "bytes */" + std::to_string(size));
         sendText(response, 416, "no such range\n", "text/plain");
         return;

@@ -10,7 +10,8 @@ namespace tarn7d {
 
 // Fills the answer: 200, 206 for one byte range, 304, 416, or 404 when the file cannot be opened. The file
 // carries a strong ETag; several ranges at once, and a range with an If-Range of another ETag, get the whole
-// file. The file may be replaced while it is sent: the answer goes on with the old one. Any thread.
+// file. The file may be replaced while it is sent: the answer goes on with the old one. A Cache-Control
+// that the answer has already stays. Any thread.
 void sendFile(httplib::Request const& request, httplib::Response& response, std::filesystem::path const& file,
               std::string const& contentType);
 

@@ -1,5 +1,7 @@
 #include "apps/tarn7d/Options.h"
 
+#include <chrono>
+
 #include <CLI/CLI.hpp>
 
 #include "apps/tarn7d/Text.h"
@@ -18,6 +20,9 @@ NAME.toml beside NAME.mov may give title, keywords and price:
 
 When it is ready it prints one line: {"ready":true,"port":...,"ca":"..."}. Clients must trust the file "ca" and be
 told to reach the public name at that port. SIGTERM or SIGINT ends it.
+
+With --fault-desk the line also has "faultDesk":{"port":...,"token":"..."}: an HTTP port on which a test asks the
+service to go wrong in a chosen way.
 
 Examples:
     tarn7d --data ~/tarn7d --footage ~/footage --listen 127.0.0.1:8443
@@ -56,6 +61,8 @@ constexpr AccountRow accountRows[] = {
     {"credits", "Set the credits of an account", AccountOptions::Action::credits},
     {"password", "Set the password of an account, from a prompt or standard input",
      AccountOptions::Action::password},
+    {"block", "Let an account buy nothing", AccountOptions::Action::block},
+    {"unblock", "Let an account buy again", AccountOptions::Action::unblock},
 };
 
 // No account of a studio holds more, and the sum of all stays far below 64 bits.
@@ -93,6 +100,9 @@ ParsedOptions parseOptions(int count, char const* const* arguments) {
     AccountOptions account;
     std::string listen = "127.0.0.1:0";
     std::string prepare = "ahead";
+    std::string paymentPages;
+    std::int64_t downloadMinutes =
+        std::chrono::duration_cast<std::chrono::minutes>(serve.server.downloadLifetime).count();
 
     CLI::App app("tarn7d: serves a folder of footage with the Tarn7 protocol over TLS", "tarn7d");
     app.footer(footer);
@@ -105,7 +115,7 @@ ParsedOptions parseOptions(int count, char const* const* arguments) {
         ->capture_default_str()
         ->check([&serve](std::string const& text) { return splitListen(text, serve.server); });
     app.add_option("--public-name", serve.server.publicName,
-                   "Host name, and port if not 443, in the addresses of thumbnails and previews")
+                   "Host name, and port if not 443, in the addresses of thumbnails, previews and full files")
         ->capture_default_str();
     app.add_option("--certificate-name", serve.server.furtherNames,
                    "A further host name or address of the certificate; may be repeated");
@@ -113,6 +123,18 @@ ParsedOptions parseOptions(int count, char const* const* arguments) {
                    "Make previews \"ahead\" in the background or only when \"asked\" for")
         ->capture_default_str()
         ->check(CLI::IsMember({"ahead", "asked"}));
+    constexpr std::int64_t longestDownload = 7 * 24 * 60;
+    app.add_option("--download-minutes", downloadMinutes,
+                   "How long the address of a full file is good after it was given")
+        ->capture_default_str()
+        ->check(CLI::Range(std::int64_t{1}, longestDownload));
+    app.add_option(
+           "--payment-pages", paymentPages,
+           "Addresses of payment pages: on the \"public\" name, or \"local\" on https://localhost and "
+           "the port, where a browser on this computer finds them. Default: public, with --demo local")
+        ->check(CLI::IsMember({"public", "local"}));
+    app.add_flag("--fault-desk", serve.server.faultDesk,
+                 "Open a loopback port on which the service can be made to go wrong, for tests");
     app.add_flag(
         "--demo", serve.demo,
         "Fill the footage folder with generated clips, once, and make the account \"editor\" with the "
@@ -131,6 +153,10 @@ ParsedOptions parseOptions(int count, char const* const* arguments) {
         return app.exit(error);
     }
     serve.server.prepareAhead = prepare == "ahead";
+    serve.server.downloadLifetime = std::chrono::minutes(downloadMinutes);
+    if (paymentPages == "local" || (paymentPages.empty() && serve.demo)) {
+        serve.server.paymentPages = PaymentPages::local;
+    }
     return serve;
 }
 

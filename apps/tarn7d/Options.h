@@ -17,7 +17,7 @@ struct ServeOptions {
 };
 
 struct AccountOptions {
-    enum class Action { add, list, remove, credits, password };
+    enum class Action { add, list, remove, credits, password, block, unblock };
 
     Action action = Action::list;
     std::filesystem::path data;

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cstring>
 
+#include "apps/tarn7d/JsonText.h"
 #include "apps/tarn7d/Log.h"
 #include "apps/tarn7d/PasswordHash.h"
 #include "apps/tarn7d/RequestBody.h"
 #include "apps/tarn7d/Text.h"
 #include "host/engine/crypto/Digest.h"
-#include "host/engine/json/SimdjsonReader.h"
 #include "host/text/Unicode.h"
 
 #include "ServiceValues.h"
@@ -19,7 +19,6 @@ namespace {
 
 constexpr ErrorRow errors[] = {
     {ErrorCode::unknownCommand, "unknown command"},
-    {ErrorCode::notAvailable, "not available"},
     {ErrorCode::badParameter, "bad parameter"},
     {ErrorCode::noSuchClip, "no such clip"},
     {ErrorCode::badRequest, "bad request"},
@@ -29,38 +28,16 @@ constexpr ErrorRow errors[] = {
     {ErrorCode::unknownUser, "unknown user"},
     {ErrorCode::tooManyAttempts, "too many attempts"},
     {ErrorCode::signInRequired, "sign-in required"},
+    {ErrorCode::emptyCart, "empty cart"},
+    {ErrorCode::cartFull, "cart full"},
+    {ErrorCode::notOwned, "not owned"},
+    {ErrorCode::cannotPay, "cannot pay"},
+    {ErrorCode::fileGone, "file gone"},
     {ErrorCode::internal, "internal"},
 };
 
-// A page of clips may ask for the data of each of its clips in one request.
-constexpr std::size_t mostCommands = 2000;
-
-// Bytes for the JSON reader, which works in wide steps and would copy a text without room behind it.
-class PaddedBytes final : public iMemHolder {
-public:
-    explicit PaddedBytes(std::string_view bytes) : size_(bytes.size()) {
-        storage_.reserve(bytes.size() + padding);
-        storage_.append(bytes);
-        storage_.append(padding, '\0');
-    }
-    [[nodiscard]] char const* getData() const noexcept override { return storage_.data(); }
-    [[nodiscard]] std::size_t getSize() const noexcept override { return size_; }
-    [[nodiscard]] std::size_t getPadding() const noexcept override { return padding; }
-
-private:
-    static constexpr std::size_t padding = 64;
-    std::size_t size_;
-    std::string storage_;
-};
-
-Zq::Ptr<JSON::Element> parse(std::string_view text) {
-    engine::SimdjsonReader reader;
-    return reader.parse(PaddedBytes(text));
-}
-
-void addText(JSON::Builder& builder, char const* key, std::string_view text) {
-    builder.add(key, fromUTF8(text), true);
-}
+// A client asks for the data of all clips that its account owns in one request.
+constexpr std::size_t mostCommands = 65535;
 
 void addError(JSON::Builder& builder, CommandError const& error) {
     builder.add("e", true);
@@ -68,17 +45,12 @@ void addError(JSON::Builder& builder, CommandError const& error) {
     addText(builder, "s", error.text);
 }
 
-std::string finish(JSON::Builder const& builder) {
-    NarrowString const text = toUTF8(builder.getOutput());
-    return std::string(text.view());
-}
-
 std::string refusal(CommandError const& error) {
     JSON::Builder answer;
     answer.startChild(nullptr);
     addError(answer, error);
     answer.endChild();
-    return finish(answer);
+    return jsonText(answer);
 }
 
 std::string const& apiKey() {
@@ -123,9 +95,9 @@ std::span<ErrorRow const> errorTable() {
 
 Protocol::Protocol(ServiceParts parts) : parts_(std::move(parts)) {}
 
-std::string Protocol::answer(std::string_view body) {
+std::string Protocol::answer(std::string_view body, DownloadAddresses::Expiry addresses) {
     std::optional<RequestForm> const form = parseRequestBody(body);
-    Zq::Ptr<JSON::Element> const envelope = form ? parse(form->envelope) : nullptr;
+    Zq::Ptr<JSON::Element> const envelope = form ? parseJson(form->envelope) : nullptr;
     if (envelope == nullptr) {
         return refusal({ErrorCode::badRequest, "The request is not a form with the field api"});
     }
@@ -133,7 +105,7 @@ std::string Protocol::answer(std::string_view body) {
         return refusal(*error);
     }
     std::string_view const text = envelope->getStringView("commands_json");
-    Zq::Ptr<JSON::Element> const commands = parse(text);
+    Zq::Ptr<JSON::Element> const commands = parseJson(text);
     if (commands == nullptr || !isCommandList(text, *commands)) {
         return refusal({ErrorCode::badRequest, "The commands are not a list of objects, or too many"});
     }
@@ -142,18 +114,32 @@ std::string Protocol::answer(std::string_view body) {
     answer.add("e", false);
     addText(answer, "s", "");
     answer.startArray("commands");
-    answerCommands(*commands, form->session, answer);
+    answerCommands(*commands, {form->session, addresses}, answer);
     answer.endArray();
     answer.endChild();
-    return finish(answer);
+    return jsonText(answer);
 }
 
-void Protocol::answerCommands(JSON::Element const& commands, SessionKey session, JSON::Builder& answer) {
+std::vector<std::string> Protocol::commandWords(std::string_view body) {
+    std::optional<RequestForm> const form = parseRequestBody(body);
+    Zq::Ptr<JSON::Element> const envelope = form ? parseJson(form->envelope) : nullptr;
+    Zq::Ptr<JSON::Element> const commands =
+        envelope != nullptr ? parseJson(envelope->getStringView("commands_json")) : nullptr;
+    std::vector<std::string> words;
+    for (JSON::ChildMember const& child : JSON::orEmpty(commands).children()) {
+        words.emplace_back(child.element->getStringView("command"));
+    }
+    return words;
+}
+
+void Protocol::answerCommands(JSON::Element const& commands, Context const& context, JSON::Builder& answer) {
+    // Every request of a session keeps it from ending, whatever its commands need.
+    (void)parts_.sessions.account(context.session);
     for (JSON::ChildMember const& child : commands.children()) {
         answer.startChild(nullptr);
         std::optional<CommandError> error;
         try {
-            error = answerCommand(*child.element, session, answer);
+            error = answerCommand(*child.element, context, answer);
         } catch (std::exception const& failure) {
             logLine(std::string("a command failed: ") + failure.what());
             error = CommandError{ErrorCode::internal, "The service failed"};
@@ -165,7 +151,7 @@ void Protocol::answerCommands(JSON::Element const& commands, SessionKey session,
     }
 }
 
-std::optional<CommandError> Protocol::answerCommand(JSON::Element const& command, SessionKey session,
+std::optional<CommandError> Protocol::answerCommand(JSON::Element const& command, Context const& context,
                                                     JSON::Builder& reply) {
     std::string_view const word = command.getStringView("command");
     std::span<CommandRow const> const table = commandTable();
@@ -175,13 +161,12 @@ std::optional<CommandError> Protocol::answerCommand(JSON::Element const& command
         constexpr std::size_t longestWord = 64;
         return CommandError{ErrorCode::unknownCommand, "Unknown command: " + cleanText(word, longestWord)};
     }
-    if (row->handler == nullptr) {
-        return CommandError{ErrorCode::notAvailable,
-                            "The command " + std::string(word) + " is not available on this service yet"};
-    }
-    CommandRequest const request{command, session, accountOf(session)};
-    if (row->needs == CommandRow::Needs::account && !request.account) {
-        return CommandError{ErrorCode::signInRequired, "Sign in first"};
+    CommandRequest request{command, context.session, std::nullopt, context.addresses};
+    if (row->needs == CommandRow::Needs::account) {
+        request.account = accountOf(context.session);
+        if (!request.account) {
+            return CommandError{ErrorCode::signInRequired, "Sign in first"};
+        }
     }
     return row->handler(parts_, request, reply);
 }

@@ -1,27 +1,33 @@
 #include "apps/tarn7d/Server.h"
 
 #include <cerrno>
-#include <condition_variable>
-#include <limits>
-#include <mutex>
 #include <stdexcept>
 #include <system_error>
 #include <thread>
 
-#include <arpa/inet.h>
 #include <httplib.h>
 #include <sys/socket.h>
 
 #include "apps/tarn7d/Accounts.h"
 #include "apps/tarn7d/Catalogue.h"
+#include "apps/tarn7d/CatalogueWatch.h"
 #include "apps/tarn7d/CertificateAuthority.h"
 #include "apps/tarn7d/ConnectionRegistry.h"
 #include "apps/tarn7d/DataFolder.h"
+#include "apps/tarn7d/DownloadAddresses.h"
 #include "apps/tarn7d/ElasticTaskQueue.h"
+#include "apps/tarn7d/FaultDesk.h"
+#include "apps/tarn7d/FaultPort.h"
+#include "apps/tarn7d/FaultyAnswer.h"
 #include "apps/tarn7d/Log.h"
 #include "apps/tarn7d/MediaResponse.h"
+#include "apps/tarn7d/MediaRoutes.h"
+#include "apps/tarn7d/PaymentRoutes.h"
+#include "apps/tarn7d/Payments.h"
 #include "apps/tarn7d/Protocol.h"
 #include "apps/tarn7d/Renditions.h"
+#include "apps/tarn7d/ServerSetup.h"
+#include "apps/tarn7d/Shop.h"
 
 namespace tarn7d {
 
@@ -29,7 +35,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t longestBody_bytes = std::size_t{4} << 20;
+constexpr std::size_t longestBody_bytes = std::size_t{8} << 20;
 constexpr std::size_t mostConnections = 256;
 constexpr std::chrono::seconds idleConnection{60};
 constexpr std::chrono::seconds slowClient{30};
@@ -38,107 +44,25 @@ constexpr std::chrono::seconds firstScanPatience{5};
 constexpr char const* jsonType = "application/json; charset=utf-8";
 constexpr char const* plainType = "text/plain; charset=utf-8";
 
-std::string withoutPort(std::string const& name) {
-    return name.substr(0, name.find(':'));
-}
-
-// The address that "localhost" stands for, and the loopback's own; nothing else is listened on.
-std::string loopbackAddress(std::string const& host) {
-    if (host == "localhost") {
-        return "127.0.0.1";
-    }
-    in_addr four{};
-    in6_addr six{};
-    bool const isFour = inet_pton(AF_INET, host.c_str(), &four) == 1 && (ntohl(four.s_addr) >> 24) == 127;
-    bool const isSix = inet_pton(AF_INET6, host.c_str(), &six) == 1 && IN6_IS_ADDR_LOOPBACK(&six);
-    if (!isFour && !isSix) {
-        throw std::runtime_error("cannot listen on " + host + ": only the loopback interface is served");
-    }
-    return host;
-}
-
-std::vector<std::string> certificateNames(ServerOptions const& options) {
-    std::vector<std::string> names{withoutPort(options.publicName), "www.tarn7.example", "localhost",
-                                   "127.0.0.1"};
-    names.insert(names.end(), options.furtherNames.begin(), options.furtherNames.end());
-    return names;
-}
-
-char const* contentTypeOf(RenditionKind kind) {
-    switch (kind) {
-    case RenditionKind::thumbnail:
-        return "image/jpeg";
-    case RenditionKind::preview:
-        return "video/quicktime";
-    case RenditionKind::highQualityPreview:
-        return "video/mp4";
-    }
-    return "application/octet-stream";
-}
-
-void useCertificate(SSL_CTX* context, CertificateFiles const& files) {
-    if (SSL_CTX_use_certificate_chain_file(context, files.certificate.c_str()) != 1 ||
-        SSL_CTX_use_PrivateKey_file(context, files.key.c_str(), SSL_FILETYPE_PEM) != 1 ||
-        SSL_CTX_set_min_proto_version(context, TLS1_2_VERSION) != 1) {
-        throw std::runtime_error("cannot use the certificate " + files.certificate.string());
-    }
-    // A client that comes again resumes its session; the name is any constant.
-    constexpr unsigned char sessionContext[] = "tarn7d";
-    SSL_CTX_set_session_id_context(context, sessionContext, sizeof sessionContext - 1);
-}
-
-template <class Store, class... More>
-std::unique_ptr<Store> openOrExplain(char const* what, fs::path const& file, More const&... more) {
-    try {
-        return std::make_unique<Store>(file, more...);
-    } catch (std::exception const& error) {
-        throw std::runtime_error(
-            std::string("cannot open the ") + what + " " + file.string() + ": " + error.what() +
-            "; make it writable, put a sound copy in its place, or move it away to begin "
-            "with an empty one");
-    }
-}
-
-// Refuses what start would refuse: before footage is made, which takes a while.
-ServerOptions checked(ServerOptions options) {
-    (void)loopbackAddress(options.host);
-    return options;
-}
-
-// What the service writes must not come back to it as footage.
-fs::path dataFolderApart(fs::path const& data, fs::path const& footage) {
-    fs::path const fromFootage = fs::weakly_canonical(data).lexically_relative(footage);
-    if (!fromFootage.empty() && *fromFootage.begin() != "..") {
-        throw std::runtime_error("the data folder must not lie in the footage folder");
-    }
-    return data;
-}
-
-fs::path existingFolder(fs::path const& folder) {
-    std::error_code error;
-    fs::path path = fs::canonical(folder, error);
-    if (error || !fs::is_directory(path, error)) {
-        throw std::runtime_error("cannot use the footage folder " + folder.string() + ": " +
-                                 (error ? error.message() : "not a folder"));
-    }
-    return path;
-}
-
 } // namespace
 
 class Server::Implementation {
 public:
     explicit Implementation(ServerOptions options)
-        : options_(checked(std::move(options))), footage_(existingFolder(options_.footage)),
+        : options_(checkedOptions(std::move(options))), footage_(existingFolder(options_.footage)),
           folder_(dataFolderApart(options_.data, footage_)),
           certificates_(ensureCertificates(folder_.path(), certificateNames(options_))),
           catalogue_(openOrExplain<Catalogue>("catalogue", folder_.path() / "catalogue.db", footage_)),
-          accounts_(openOrExplain<Accounts>("accounts", folder_.path() / "accounts.db")),
+          accounts_(openOrExplain<Accounts>("accounts", accountsFile())),
+          shop_(openOrExplain<Shop>("accounts", accountsFile(), *catalogue_)),
+          payments_(
+              openOrExplain<Payments>("accounts", accountsFile(), *catalogue_, options_.paymentLifetime)),
+          downloads_(folder_.path() / "download.key", options_.downloadLifetime),
           renditions_(folder_.path() / "renditions", *catalogue_),
-          protocol_({*catalogue_, *accounts_, sessions_, throttle_,
-                     "https://" + options_.publicName + "/icons/",
-                     "https://" + options_.publicName + "/previews/"}),
-          server_([this](SSL_CTX& context) {
+          watch_(*catalogue_, renditions_, options_.rescanInterval,
+                 options_.prepareAhead ? CatalogueWatch::Prepare::ahead : CatalogueWatch::Prepare::asked),
+          media_(*catalogue_, renditions_, downloads_, options_.renditionPatience), pages_(*payments_),
+          faulty_(faults_, connections_), server_([this](SSL_CTX& context) {
               useCertificate(&context, certificates_);
               connections_.attach(&context);
               return true;
@@ -154,21 +78,24 @@ public:
 
     int start();
     void stop();
-    void rescan() { scan(Catalogue::Settling::none, {}); }
+    void rescan() { watch_.rescan(); }
 
     [[nodiscard]] fs::path const& caFile() const noexcept { return certificates_.ca; }
     [[nodiscard]] Accounts& accounts() noexcept { return *accounts_; }
+    [[nodiscard]] FaultDesk& faults() noexcept { return faults_; }
+    [[nodiscard]] std::optional<FaultDeskAddress> faultDesk() const;
 
 private:
+    [[nodiscard]] fs::path accountsFile() const { return folder_.path() / "accounts.db"; }
+    [[nodiscard]] ServiceParts serviceParts(int port);
     void configure();
     void addRoutes();
+    using Expiry = DownloadAddresses::Expiry;
+    using GetHandler = std::function<void(httplib::Request const&, httplib::Response&, Expiry)>;
+    void get(char const* pattern, GetHandler handler);
     void answerApi(httplib::Request const& request, httplib::Response& response,
                    httplib::ContentReader const& readContent);
-    void answerMedia(httplib::Request const& request, httplib::Response& response);
     int bind(std::string const& address);
-    void watch(std::stop_token const& stop);
-    void scan(Catalogue::Settling settling, std::stop_token const& stop);
-    void prepareAll();
 
     ServerOptions options_;
     fs::path footage_;
@@ -176,20 +103,40 @@ private:
     CertificateFiles certificates_;
     std::unique_ptr<Catalogue> catalogue_;
     std::unique_ptr<Accounts> accounts_;
+    std::unique_ptr<Shop> shop_;
+    std::unique_ptr<Payments> payments_;
     Sessions sessions_;
     SignInThrottle throttle_;
+    DownloadAddresses downloads_;
     Renditions renditions_;
-    Protocol protocol_;
+    CatalogueWatch watch_;
+    MediaRoutes media_;
+    PaymentRoutes pages_;
+    FaultDesk faults_;
+    std::optional<Protocol> protocol_; // from the start on: its addresses may need the port
     ConnectionRegistry connections_;
+    FaultyAnswer faulty_;
+    std::unique_ptr<FaultPort> faultPort_;
     httplib::SSLServer server_;
-
-    std::mutex firstScanMutex_; // guards the flag
-    std::condition_variable_any firstScanEnded_;
-    bool firstScanDone_ = false;
-
-    std::jthread watcher_;
     std::thread listener_;
 };
+
+ServiceParts Server::Implementation::serviceParts(int port) {
+    std::string const server = "https://" + options_.publicName;
+    std::string const pages =
+        options_.paymentPages == PaymentPages::local ? "https://localhost:" + std::to_string(port) : server;
+    return {*catalogue_,
+            *accounts_,
+            sessions_,
+            throttle_,
+            *shop_,
+            *payments_,
+            downloads_,
+            server + "/icons/",
+            server + "/previews/",
+            server,
+            pages + "/pay/"};
+}
 
 void Server::Implementation::configure() {
     server_.new_task_queue = [] { return new ElasticTaskQueue(mostConnections); };
@@ -219,6 +166,10 @@ void Server::Implementation::configure() {
 
 void Server::Implementation::addRoutes() {
     server_.set_pre_routing_handler([](httplib::Request const& request, httplib::Response& response) {
+        // The library cuts ranges out of any answer by itself, past the end of a short one and also where a
+        // precondition says otherwise: it learns of none, and sendFile reads the header. The request is the
+        // library's own changeable object.
+        const_cast<httplib::Request&>(request).ranges.clear();
         // Without a length the library would read until the client hangs up.
         if (request.method == "POST" && !request.has_header("Content-Length") &&
             !request.has_header("Transfer-Encoding")) {
@@ -232,10 +183,30 @@ void Server::Implementation::addRoutes() {
                              httplib::ContentReader const& readContent) {
         answerApi(request, response, readContent);
     });
-    server_.Get(R"(/(?:icons/|previews/)?([0-9]{9,10}[._a-z0-9]{1,20}))",
-                [this](httplib::Request const& request, httplib::Response& response) {
-                    answerMedia(request, response);
-                });
+    get(R"(/(?:icons/|previews/)?([0-9]{9,10}[._a-z0-9]{1,20}))",
+        [this](httplib::Request const& request, httplib::Response& response, Expiry) {
+            media_.answerRendition(request.matches[1].str(), request, response);
+        });
+    get("/full/.*", [this](httplib::Request const& request, httplib::Response& response, Expiry expiry) {
+        media_.answerFull(request, response, expiry);
+    });
+    get("/pay/([^/]*)", [this](httplib::Request const& request, httplib::Response& response, Expiry) {
+        pages_.showForm(request.matches[1].str(), response);
+    });
+    get("/pay/([^/]*)/receipt", [this](httplib::Request const& request, httplib::Response& response, Expiry) {
+        pages_.showReceipt(request.matches[1].str(), response);
+    });
+    server_.Post("/pay/([^/]*)", [this](httplib::Request const& request, httplib::Response& response) {
+        faulty_.answer(request, response, {},
+                       [&](Expiry) { pages_.pay(request.matches[1].str(), request, response); });
+    });
+}
+
+void Server::Implementation::get(char const* pattern, GetHandler handler) {
+    server_.Get(pattern, [this, handler = std::move(handler)](httplib::Request const& request,
+                                                              httplib::Response& response) {
+        faulty_.answer(request, response, {}, [&](Expiry expiry) { handler(request, response, expiry); });
+    });
 }
 
 void Server::Implementation::answerApi(httplib::Request const& request, httplib::Response& response,
@@ -254,29 +225,11 @@ void Server::Implementation::answerApi(httplib::Request const& request, httplib:
     } else if (request.get_param_value("page") != "api") {
         sendText(response, 404, "not found\n", plainType);
     } else {
-        sendText(response, 200, protocol_.answer(body), jsonType);
-    }
-}
-
-void Server::Implementation::answerMedia(httplib::Request const& request, httplib::Response& response) {
-    std::optional<RenditionName> const name = parseRenditionName(request.matches[1].str());
-    std::optional<Clip> const clip = name ? catalogue_->find(name->clipId) : std::nullopt;
-    if (!clip) {
-        sendText(response, 404, "not found\n", plainType);
-        return;
-    }
-    Renditions::Answer const answer = renditions_.get(*clip, name->kind, options_.renditionPatience);
-    switch (answer.state) {
-    case Renditions::State::ready:
-        sendFile(request, response, answer.file, contentTypeOf(name->kind));
-        break;
-    case Renditions::State::unavailable:
-        sendText(response, 404, "not found\n", plainType);
-        break;
-    case Renditions::State::pending:
-        response.set_header("Retry-After", "2");
-        sendText(response, 503, "still being made\n", plainType);
-        break;
+        std::vector<std::string> const words =
+            faults_.hasCommandRules() ? Protocol::commandWords(body) : std::vector<std::string>();
+        faulty_.answer(request, response, words, [&](Expiry expiry) {
+            sendText(response, 200, protocol_->answer(body, expiry), jsonType);
+        });
     }
 }
 
@@ -295,11 +248,11 @@ int Server::Implementation::bind(std::string const& address) {
 
 int Server::Implementation::start() {
     int const port = bind(loopbackAddress(options_.host));
-    watcher_ = std::jthread([this](std::stop_token const& stop) { watch(stop); });
-    {
-        std::unique_lock lock(firstScanMutex_);
-        (void)firstScanEnded_.wait_for(lock, firstScanPatience, [this] { return firstScanDone_; });
+    protocol_.emplace(serviceParts(port));
+    if (options_.faultDesk) {
+        faultPort_ = std::make_unique<FaultPort>(faults_);
     }
+    watch_.start(firstScanPatience);
     listener_ = std::thread([this] { server_.listen_after_bind(); });
     // A stop before the library's loop runs would be lost.
     while (!server_.is_running()) {
@@ -309,11 +262,10 @@ int Server::Implementation::start() {
 }
 
 void Server::Implementation::stop() {
-    if (watcher_.joinable()) {
-        watcher_.request_stop();
-        watcher_.join();
-    }
+    watch_.stop();
     if (listener_.joinable()) {
+        faultPort_.reset();
+        faults_.end();
         server_.stop();
         renditions_.cancel();
         connections_.shutDownAll();
@@ -321,59 +273,9 @@ void Server::Implementation::stop() {
     }
 }
 
-void Server::Implementation::watch(std::stop_token const& stop) {
-    scan(Catalogue::Settling::none, stop);
-    {
-        std::lock_guard const lock(firstScanMutex_);
-        firstScanDone_ = true;
-    }
-    firstScanEnded_.notify_all();
-    if (options_.prepareAhead) {
-        prepareAll();
-    }
-    std::mutex pauseMutex;
-    std::condition_variable_any pause;
-    std::unique_lock lock(pauseMutex);
-    auto interval = options_.rescanInterval;
-    while (!pause.wait_for(lock, stop, interval, [&stop] { return stop.stop_requested(); })) {
-        auto const begin = std::chrono::steady_clock::now();
-        scan(Catalogue::Settling::wait, stop);
-        // Looking through a very large folder must not keep a processor busy.
-        constexpr int restFactor = 20;
-        auto const taken =
-            std::chrono::ceil<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
-        interval = std::max(options_.rescanInterval, taken * restFactor);
-    }
-}
-
-void Server::Implementation::scan(Catalogue::Settling settling, std::stop_token const& stop) {
-    try {
-        Catalogue::ScanReport const report = catalogue_->scan(settling, stop);
-        if (report.changedClips()) {
-            logLine("catalogue: " + std::to_string(report.added) + " clips new or changed, " +
-                    std::to_string(report.removed) + " gone");
-            if (options_.prepareAhead && settling == Catalogue::Settling::wait) {
-                prepareAll();
-            }
-        }
-    } catch (std::exception const& error) {
-        logLine(std::string("the footage folder could not be looked through: ") + error.what());
-    }
-}
-
-void Server::Implementation::prepareAll() {
-    try {
-        ClipPage const all = catalogue_->search({}, 0, std::numeric_limits<std::int64_t>::max());
-        // Everybody sees the thumbnails, few the previews.
-        for (RenditionKind const kind :
-             {RenditionKind::thumbnail, RenditionKind::preview, RenditionKind::highQualityPreview}) {
-            for (Clip const& clip : all.clips) {
-                renditions_.prepare(clip, kind);
-            }
-        }
-    } catch (std::exception const& error) {
-        logLine(std::string("previews could not be prepared: ") + error.what());
-    }
+std::optional<FaultDeskAddress> Server::Implementation::faultDesk() const {
+    return faultPort_ ? std::optional(FaultDeskAddress{faultPort_->port(), faultPort_->token()})
+                      : std::nullopt;
 }
 
 Server::Server(ServerOptions options)
@@ -387,6 +289,14 @@ int Server::start() {
 
 void Server::stop() {
     implementation_->stop();
+}
+
+FaultDesk& Server::faults() {
+    return implementation_->faults();
+}
+
+std::optional<FaultDeskAddress> Server::faultDesk() const {
+    return implementation_->faultDesk();
 }
 
 fs::path Server::caFile() const {

@@ -5,17 +5,28 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace tarn7d {
+
+class FaultDesk;
+
+// Under which name the addresses of payment pages lead to the service. A browser needs to find it, and does
+// not know where a client's settings send the public name.
+enum class PaymentPages {
+    onPublicName,
+    local, // https://localhost and the port
+};
 
 struct ServerOptions {
     std::filesystem::path data;     // made if missing
     std::filesystem::path footage;  // must be there
     std::string host = "127.0.0.1"; // an address of the loopback interface, or "localhost"
     int port = 0;                   // 0: any free one
-    // The host name, with a port if it is not 443, under which clients reach thumbnails and previews.
+    // The host name, with a port if it is not 443, under which clients reach thumbnails, previews and full
+    // files.
     std::string publicName = "www.tarn7.example";
     std::vector<std::string> furtherNames; // of the certificate, besides the public name and the loopback's
     // Make thumbnails and previews in the background, before anybody asks.
@@ -23,6 +34,15 @@ struct ServerOptions {
     std::chrono::milliseconds rescanInterval{1000}; // how often the footage folder is looked through
     // How long a request waits for a preview that is being made; the answer is then 503.
     std::chrono::milliseconds renditionPatience{20000};
+    std::chrono::seconds downloadLifetime{15 * 60}; // of the addresses of full files
+    std::chrono::seconds paymentLifetime{30 * 60};  // of the addresses of payment pages
+    PaymentPages paymentPages = PaymentPages::onPublicName;
+    bool faultDesk = false; // offer the fault desk on a port of its own
+};
+
+struct FaultDeskAddress {
+    int port = 0;      // of the loopback interface, HTTP
+    std::string token; // what its requests have to show
 };
 
 class Server {
@@ -41,6 +61,11 @@ public:
     // Ends all connections and background work, and returns when they have ended. Also done by the
     // destructor.
     void stop();
+
+    // Makes the service go wrong where it is asked to; the same desk that the port serves. Any thread.
+    [[nodiscard]] FaultDesk& faults();
+    // Where the fault desk listens, once started; empty if it is not asked for.
+    [[nodiscard]] std::optional<FaultDeskAddress> faultDesk() const;
 
     // PEM of the authority that clients have to trust.
     [[nodiscard]] std::filesystem::path caFile() const;

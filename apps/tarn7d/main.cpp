@@ -60,12 +60,19 @@ private:
     std::jthread thread_;
 };
 
-void printReadyLine(int port, std::filesystem::path const& ca) {
+void printReadyLine(int port, std::filesystem::path const& ca,
+                    std::optional<FaultDeskAddress> const& faultDesk) {
     JSON::Builder line;
     line.startChild(nullptr);
     line.add("ready", true);
     line.add("port", static_cast<std::int32_t>(port));
     line.add("ca", fromUTF8(std::string_view(ca.native())), true);
+    if (faultDesk) {
+        line.startChild("faultDesk");
+        line.add("port", static_cast<std::int32_t>(faultDesk->port));
+        line.add("token", fromUTF8(faultDesk->token), true);
+        line.endChild();
+    }
     line.endChild();
     std::cout << toUTF8(line.getOutput()).view() << std::endl;
 }
@@ -88,7 +95,7 @@ int serve(ServeOptions const& options) {
         (void)server.addAccount(demoAccount, demoPassword, demoCredits);
     }
     int const port = server.start();
-    printReadyLine(port, server.caFile());
+    printReadyLine(port, server.caFile(), server.faultDesk());
     signals.waitForSignal();
     logLine("ending");
     server.stop();

@@ -31,6 +31,13 @@ std::optional<std::string> failureIn(Zq::Ptr<JSON::Element> const& answer) {
     return first || answer->getChild("info") ? std::nullopt : std::optional<std::string>(notAnAnswer);
 }
 
+// The credits of the account, where the first reply tells them; a service counts them whole.
+std::optional<std::int64_t> creditsIn(Zq::Ptr<JSON::Element> const& answer) {
+    Zq::Ptr<JSON::Element> const commands = JSON::orEmpty(answer).getChild("commands");
+    Zq::Ptr<JSON::Element> const first = JSON::orEmpty(commands).getChild(std::uint16_t{0});
+    return first && first->hasNum("credits") ? std::optional(first->getInt("credits", 0)) : std::nullopt;
+}
+
 } // namespace
 
 AnswerWatch::AnswerWatch() : reader_(*installedHost().json) {
@@ -47,12 +54,22 @@ AnswerWatch::~AnswerWatch() {
 
 Zq::Ptr<JSON::Element> AnswerWatch::parse(iMemHolder const& bytes) {
     Zq::Ptr<JSON::Element> answer = reader_.parse(bytes);
-    if (std::optional<std::string> failure = failureIn(answer)) {
-        std::lock_guard const lock(mutex_);
+    std::optional<std::string> failure = failureIn(answer);
+    std::optional<std::int64_t> const credits = creditsIn(answer);
+    std::lock_guard const lock(mutex_);
+    if (credits) {
+        heard_.credits = credits;
+    }
+    if (failure) {
         ++heard_.failures;
         heard_.lastFailure = std::move(*failure);
     }
     return answer;
+}
+
+void AnswerWatch::forgetCredits() {
+    std::lock_guard const lock(mutex_);
+    heard_.credits.reset();
 }
 
 AnswerWatch::Heard AnswerWatch::heard() const {

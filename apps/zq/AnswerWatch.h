@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "host/HostServices.h"
@@ -17,6 +18,8 @@ public:
     struct Heard {
         std::uint64_t failures = 0; // answers that say no, and texts that are no answer of a service
         std::string lastFailure;    // with the service's own words, not made plain
+        // What is left on the account, as the last answer that told it says.
+        std::optional<std::int64_t> credits;
     };
 
     // Stands before the installed reader while this lives. Thread: as installHost.
@@ -26,8 +29,10 @@ public:
     AnswerWatch& operator=(AnswerWatch const&) = delete;
 
     [[nodiscard]] Zq::Ptr<JSON::Element> parse(iMemHolder const& bytes) override;
-    // Thread: any.
+    // Thread: any, for these.
     [[nodiscard]] Heard heard() const;
+    // Another account: its credits are not known yet.
+    void forgetCredits();
 
 private:
     iJSONReader& reader_;

@@ -96,6 +96,7 @@ Reply runCommand(PreparedCommand& prepared, Session& session) {
     if (!prepared.command) {
         return prepared.reply;
     }
+    session.live().begin(prepared.format);
     Interrupts::Command const running;
     Reply reply;
     try {
@@ -103,8 +104,9 @@ Reply runCommand(PreparedCommand& prepared, Session& session) {
     } catch (std::exception const& exception) {
         reply = mistake(exception.what());
     }
+    session.live().clearProgress();
     // What a cancelled request left behind looks like an empty or a failed one.
-    return running.isCancelled() ? mistake("interrupted") : reply;
+    return running.isCancelled() && !reply.standsInterrupted ? mistake("interrupted") : reply;
 }
 
 bool runShell(Session& session, Interrupts const& interrupts, Output& output, Output::Format format) {

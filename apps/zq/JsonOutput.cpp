@@ -1,5 +1,9 @@
 #include "apps/zq/JsonOutput.h"
 
+#include <charconv>
+#include <cmath>
+#include <vector>
+
 #include "apps/zq/terminal/PlainText.h"
 
 namespace zq {
@@ -17,6 +21,22 @@ void addItems(JSON::Builder& json, char const* key, std::span<WideString const> 
         array += array.length() > 1 ? L"," + item : item;
     }
     json.add(key, array + L"]", false);
+}
+
+void addTexts(JSON::Builder& json, char const* key, std::span<std::string const> texts) {
+    std::vector<WideString> items;
+    items.reserve(texts.size());
+    for (std::string const& text : texts) {
+        items.push_back(quoted(wide(text)));
+    }
+    addItems(json, key, items);
+}
+
+void addDecimal(JSON::Builder& json, char const* key, double value) {
+    char digits[64];
+    std::to_chars_result const end =
+        std::to_chars(digits, digits + sizeof digits, std::isfinite(value) ? value : 0.0);
+    json.add(key, wide(std::string_view(digits, static_cast<std::size_t>(end.ptr - digits))), false);
 }
 
 std::string jsonLine(Reply const& reply) {

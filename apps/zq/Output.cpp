@@ -43,11 +43,20 @@ void Output::write(std::string_view text) {
 void Output::print(Reply const& reply, Format format) {
     if (format == Format::json) {
         write(jsonLine(reply) + "\n");
-    } else if (reply.ok()) {
+        return;
+    }
+    for (std::string const& warning : reply.warnings) {
+        warn(warning);
+    }
+    if (reply.ok()) {
         write(reply.text);
     } else {
         fail(reply.error);
     }
+}
+
+void Output::say(std::string_view line) {
+    write(plainText(line) + "\n");
 }
 
 void Output::warn(std::string_view text) const {

@@ -15,8 +15,11 @@ public:
 
     explicit Output(Screen const& screen) : screen_(screen) {}
 
-    // Writes the reply: as one line of JSON, or as its text, an error going to the standard error.
+    // Writes the reply: as one line of JSON, or as its text, its warnings and an error going to the standard
+    // error.
     void print(Reply const& reply, Format format);
+    // A line on the standard output at once, made plain.
+    void say(std::string_view line);
     // A line on the standard error, made plain.
     void warn(std::string_view text) const;
     void fail(std::string_view text) const;

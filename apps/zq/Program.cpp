@@ -10,8 +10,10 @@
 #include "apps/zq/JsonOutput.h"
 #include "apps/zq/Text.h"
 #include "apps/zq/Version.h"
+#include "apps/zq/signIn.h"
 #include "host/engine/Engine.h"
 #include "host/engine/network/CurlNetwork.h"
+#include "host/engine/tasks/TaskQueue.h"
 #include "host/modules/ModuleThreads.h"
 
 namespace zq {
@@ -26,6 +28,7 @@ constexpr int endedBySignal = 128;
 struct Arguments {
     engine::EngineOptions engine;
     std::string repository; // short name; empty: the first
+    std::string user;       // who is signed in before the command; empty: nobody
     Output::Format format = Output::Format::text;
     std::vector<std::string> words; // of the command
 };
@@ -51,6 +54,11 @@ public:
         options_.add_flag("--json", json_, "answer each command with one line of JSON");
         options_.add_option("--repository", arguments_.repository, "repository to use, by its short name")
             ->type_name("SHORTNAME");
+        options_
+            .add_option("--login", arguments_.user,
+                        "sign in as this user before the command; the password is asked for or read from the "
+                        "next line of input")
+            ->type_name("NAME");
         options_.set_version_flag("--version", std::string("zq ") + version);
         options_.prefix_command();
         options_.footer(commandList());
@@ -119,12 +127,41 @@ iMediaFileRepository* choose(std::vector<iMediaFileRepository*> const& all, std:
     return found != all.end() ? *found : nullptr;
 }
 
+// Ends the tasks, which may run code of the modules, before the modules go.
+class TasksEnd {
+public:
+    explicit TasksEnd(engine::TaskQueue& tasks) : tasks_(tasks) {}
+    TasksEnd(TasksEnd const&) = delete;
+    TasksEnd& operator=(TasksEnd const&) = delete;
+    ~TasksEnd() { tasks_.shutDown(); }
+
+private:
+    engine::TaskQueue& tasks_;
+};
+
+// Signs in as the arguments say. The failure as the reply of a command that did not come to run.
+Reply signInFirst(Session& session, std::string const& user) {
+    Interrupts::Command const running;
+    Reply reply;
+    try {
+        reply.error = signIn(session, user).error;
+    } catch (std::exception const& exception) {
+        reply.error = exception.what();
+    }
+    if (running.isCancelled()) {
+        reply.error = "interrupted";
+    }
+    return reply;
+}
+
 // Runs the prepared command, or the shell, on an engine that stands.
 int runOn(engine::Engine& engine, Arguments const& arguments, PreparedCommand& prepared, Output& output) {
     Interrupts const interrupts;
     Zq::ThreadAttachment const thread;
-    AnswerWatch const answers;
+    AnswerWatch answers;
     LineReader input(STDIN_FILENO, interrupts);
+    LiveOutput live(output);
+    bool const isShell = std::string_view(prepared.entry->name) == "shell";
     engine::ModuleLoader modules;
     modules.loadFolders(engine.moduleFolders());
     if (prepared.format == Output::Format::text) {
@@ -136,15 +173,22 @@ int runOn(engine::Engine& engine, Arguments const& arguments, PreparedCommand& p
     surroundings.statistics = [&engine] { return engine.network().statistics(); };
     surroundings.answers = &answers;
     surroundings.input = &input;
+    surroundings.live = &live;
+    surroundings.engine = &engine;
+    surroundings.isShell = isShell;
     surroundings.screen = output.screen();
     if (surroundings.repository == nullptr && !arguments.repository.empty()) {
         return reportUnusable(output, "no repository has the short name \"" + arguments.repository + "\"",
                               prepared.format);
     }
-    // What the session and the prepared command hold of the modules ends before the modules do.
+    // What the tasks, the session and the prepared command hold of the modules ends before the modules do.
+    TasksEnd const tasksEnd(engine.tasks());
     Session session(surroundings);
     bool success = false;
-    if (std::string_view(prepared.entry->name) == "shell") {
+    Reply const signedIn = arguments.user.empty() ? Reply() : signInFirst(session, arguments.user);
+    if (!signedIn.ok()) {
+        output.print(signedIn, prepared.format);
+    } else if (isShell) {
         success = runShell(session, interrupts, output, prepared.format);
     } else {
         Reply const reply = runCommand(prepared, session);

@@ -4,14 +4,19 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "host/json/Builder.h"
 
 namespace zq {
 
 struct Reply {
-    std::string text;  // for a person, with line ends; from printed texts that are plain
-    std::string error; // one line; not empty: the command failed
+    std::string text;                  // for a person, with line ends; from printed texts that are plain
+    std::string error;                 // one line; not empty: the command failed
+    std::vector<std::string> warnings; // a line each, for a person; a program finds them in the members
+    // The command has done, or told, something that an interruption does not take back: the reply stands
+    // then too. Others count as not having run.
+    bool standsInterrupted = false;
     // Adds the members of the JSON answer that stand behind "ok" and "error"; may be empty.
     std::function<void(JSON::Builder&)> members;
 

@@ -4,6 +4,7 @@
 
 #include "apps/zq/Reply.h"
 #include "apps/zq/Text.h"
+#include "host/tasks/BackgroundTaskQueueBase.h"
 
 namespace zq {
 
@@ -12,7 +13,21 @@ namespace {
 // The repository's answer when it is connected.
 constexpr std::int32_t connectedStatus = 0;
 
+// How far the whole catalogue is looked through for a clip that a search for its number does not find.
+constexpr std::uint16_t pageSizeOfLook = 500;
+constexpr std::uint16_t mostPagesOfLook = 10;
+
+void stopIfCancelled() {
+    if (BackgroundTaskQueueBase::getCurrentTaskStatus() == iBackgroundTask::eCancelling) {
+        throw CommandError("interrupted");
+    }
+}
+
 } // namespace
+
+bool isClipNumber(std::string_view text) {
+    return !text.empty() && text.size() <= 18 && text.find_first_not_of("0123456789") == std::string::npos;
+}
 
 Session::Session(Surroundings surroundings) : surroundings_(std::move(surroundings)) {}
 
@@ -21,6 +36,10 @@ iMediaFileRepository& Session::repository() const {
         throw CommandError("no repository is loaded: \"zq info\" lists the modules");
     }
     return *surroundings_.repository;
+}
+
+WideString Session::shortName() const {
+    return surroundings_.repository != nullptr ? surroundings_.repository->getShortName() : WideString();
 }
 
 MediaFileRepositoryBase& Session::base() const {
@@ -42,6 +61,43 @@ iMediaFileRepository& Session::connected() const {
         }
     }
     return chosen;
+}
+
+std::string Session::user() const {
+    return utf8(repository().getDescription().connection.user);
+}
+
+std::optional<std::int64_t> Session::credits() const {
+    return user().empty() ? std::nullopt : surroundings_.answers->heard().credits;
+}
+
+iMediaFileRepository& Session::signedIn() const {
+    iMediaFileRepository& chosen = connected();
+    if (user().empty()) {
+        throw CommandError("Sign in first: zq login NAME, in the same shell; for a command on its own, "
+                           "zq --login NAME COMMAND");
+    }
+    return chosen;
+}
+
+engine::Project& Session::writableProject() const {
+    engine::Project& project = engine().project();
+    if (!project.canWrite()) {
+        throw CommandError("another zq works on this project: until that ends it can only be looked at");
+    }
+    return project;
+}
+
+LightweightVector<RemoteAsset> Session::ownedAssets() const {
+    iMediaFileRepository& chosen = signedIn();
+    ServiceWatch const serviceWatch = watch();
+    LightweightVector<RemoteAsset> owned = chosen.getPurchasedAssets();
+    if (owned.empty()) {
+        if (auto const failure = serviceWatch.failure()) {
+            throw CommandError(*failure);
+        }
+    }
+    return owned;
 }
 
 SearchResults Session::search(SearchQuery const& query) {
@@ -91,6 +147,31 @@ RemoteAsset Session::findAsset(std::string const& id) {
         return unseen;
     }
     return found->second;
+}
+
+RemoteAsset Session::knownAsset(std::string const& id) {
+    if (!isClipNumber(id)) {
+        throw CommandError("\"" + id + "\" is no clip's number: those have decimal digits only");
+    }
+    WideString const wanted = wide(id);
+    RemoteAsset const found = findAsset(id);
+    if (assets_.contains(wanted)) {
+        return found;
+    }
+    // A service may look for a number among its words alone.
+    SearchQuery everything;
+    everything.pageSize = pageSizeOfLook;
+    for (everything.page = 1; everything.page <= mostPagesOfLook; ++everything.page) {
+        stopIfCancelled();
+        SearchResults const page = search(everything);
+        if (auto const seen = assets_.find(wanted); seen != assets_.end()) {
+            return seen->second;
+        }
+        if (everything.page >= page.pageCount) {
+            break;
+        }
+    }
+    throw CommandError("the service has no clip " + id);
 }
 
 } // namespace zq

@@ -55,8 +55,10 @@ MediumRollMedium getRepresentativeSourceMediumfromFrameRate(FrameRate rate) noex
 double mPosn_Xlate(double position_s, MediumRollMedium, MediumRollMedium target,
                    MPosn_Xlate_Params const& parameters) noexcept {
     double const rate = Zq::getFramesPerSecond(parameters.targetRate);
-    if (target != edit || rate == 0 || !std::isfinite(position_s)) {
+    double const frames = position_s * rate;
+    // A position so far out that its frames cannot be counted has none to snap to.
+    if (target != edit || rate == 0 || !std::isfinite(frames)) {
         return position_s;
     }
-    return std::floor(position_s * rate + rounding_frames) / rate;
+    return std::floor(frames + rounding_frames) / rate;
 }

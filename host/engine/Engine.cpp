@@ -7,15 +7,20 @@
 #include "host/engine/files/LocalFileManager.h"
 #include "host/engine/json/SimdjsonReader.h"
 #include "host/engine/log/SpdlogSink.h"
+#include "host/engine/media/MediaFacts.h"
 #include "host/engine/network/CurlNetwork.h"
+#include "host/engine/os/ActionCounts.h"
 #include "host/engine/os/DesktopShell.h"
 #include "host/engine/os/SystemClock.h"
 #include "host/engine/os/TaskContext.h"
 #include "host/engine/pictures/PictureDecoder.h"
 #include "host/engine/preferences/SqlitePreferences.h"
+#include "host/engine/project/Project.h"
 #include "host/engine/resources/TomlStrings.h"
 #include "host/engine/settings/HomeFolder.h"
 #include "host/engine/settings/TomlConfiguration.h"
+#include "host/engine/streaming/StreamingFiles.h"
+#include "host/engine/tasks/TaskQueue.h"
 #include "host/text/Unicode.h"
 
 namespace engine {
@@ -29,13 +34,20 @@ struct Engine::Environment {
 };
 
 struct Engine::Services {
-    Services(Environment const& environment, std::unique_ptr<TomlStrings> texts)
+    Services(Environment const& environment, std::unique_ptr<TomlStrings> texts,
+             std::unique_ptr<Project> ownProject)
         : files(fromUTF8(std::string_view(environment.settings.hostName)), environment.home / "unfinished"),
           shell(environment.settings.mediaFolder), network(environment.settings.network),
           preferences(environment.home / "preferences.sqlite"), configuration(environment.settings.config),
           strings(std::move(texts)),
-          cache(environment.settings.cacheFolder,
-                static_cast<std::uint64_t>(environment.settings.cacheLimit_MiB) << 20) {}
+          cache(environment.settings.cacheFolder, cacheLimit_bytes(environment) / 4),
+          streams(environment.settings.cacheFolder / "streams.sqlite", cacheLimit_bytes(environment) / 4 * 3),
+          project(std::move(ownProject)) {}
+
+    // A quarter is for thumbnails and the like, the rest for what streams.
+    [[nodiscard]] static std::uint64_t cacheLimit_bytes(Environment const& environment) {
+        return static_cast<std::uint64_t>(environment.settings.cacheLimit_MiB) << 20;
+    }
 
     [[nodiscard]] HostServices record(HostServices const& before, iLogSink& log) {
         HostServices services;
@@ -54,6 +66,10 @@ struct Engine::Services {
         services.cache = &cache;
         services.images = &images;
         services.tasks = &tasks;
+        services.edits = project.get();
+        services.externalIds = project.get();
+        services.actions = &actions;
+        services.streams = &streams;
         return services;
     }
 
@@ -68,7 +84,11 @@ struct Engine::Services {
     SystemClock clock;
     DiskCache cache;
     PictureDecoder images;
+    StreamingFiles streams;
     TaskContext tasks;
+    ActionCounts actions;
+    std::unique_ptr<Project> const project;
+    TaskQueue queue; // the last: its tasks use the others
 };
 
 namespace {
@@ -122,7 +142,13 @@ Result<std::unique_ptr<Engine>> Engine::start(EngineOptions const& options) {
     try {
         auto log = std::make_unique<SpdlogSink>(environment->home / "logs");
         (void)installLogOnly(*log);
-        auto services = std::make_unique<Services>(*environment, std::move(*texts));
+        Result<std::unique_ptr<Project>> project =
+            Project::open(environment->home / "project.sqlite", inspectMedia);
+        if (!project) {
+            (void)installHost(before);
+            return Failure{project.error()};
+        }
+        auto services = std::make_unique<Services>(*environment, std::move(*texts), std::move(*project));
         for (std::string const& problem : services->network.problems()) {
             Log("%s", problem.c_str());
         }
@@ -137,6 +163,7 @@ Result<std::unique_ptr<Engine>> Engine::start(EngineOptions const& options) {
 }
 
 Engine::~Engine() {
+    services_->queue.shutDown();
     (void)installHost(before_);
 }
 
@@ -167,6 +194,22 @@ std::vector<std::filesystem::path> Engine::moduleFolders() const {
 
 CurlNetwork& Engine::network() noexcept {
     return services_->network;
+}
+
+DesktopShell& Engine::shell() noexcept {
+    return services_->shell;
+}
+
+StreamingFiles& Engine::streams() noexcept {
+    return services_->streams;
+}
+
+Project& Engine::project() noexcept {
+    return *services_->project;
+}
+
+TaskQueue& Engine::tasks() noexcept {
+    return services_->queue;
 }
 
 } // namespace engine

@@ -14,7 +14,11 @@
 namespace engine {
 
 class CurlNetwork;
+class DesktopShell;
+class Project;
 class SpdlogSink;
+class StreamingFiles;
+class TaskQueue;
 
 struct EngineOptions {
     std::filesystem::path home;          // empty: ZQ_HOME, else the user's data folder
@@ -43,6 +47,12 @@ public:
     // there, lib/zq/modules beside the program's.
     [[nodiscard]] std::vector<std::filesystem::path> moduleFolders() const;
     [[nodiscard]] CurlNetwork& network() noexcept;
+    [[nodiscard]] DesktopShell& shell() noexcept;
+    [[nodiscard]] StreamingFiles& streams() noexcept;
+    [[nodiscard]] Project& project() noexcept;
+    // What runs when the engine ends is cancelled and waited for. A program whose tasks use a module ends
+    // them with TaskQueue::shutDown before it unloads that.
+    [[nodiscard]] TaskQueue& tasks() noexcept;
 
 private:
     struct Environment;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/text/Unicode.h"
+#include "host/text/oneLine.h"
 
 namespace Zq {
 
@@ -25,10 +26,9 @@ bool isDirectionMark(char32_t unit) {
 }
 
 bool isForbidden(char32_t unit) {
-    bool const isControl = unit < 0x20 || (unit >= 0x7f && unit < 0xa0) || unit == 0x2028 || unit == 0x2029;
     bool const isReserved =
         unit < 0x7f && std::u32string_view(U"/\\<>:\"|?*").find(unit) != std::u32string_view::npos;
-    return isControl || isReserved || isDirectionMark(unit) || unit > 0xffff;
+    return breaksLine(static_cast<wchar_t>(unit)) || isReserved || isDirectionMark(unit) || unit > 0xffff;
 }
 
 bool isDotOrBlank(wchar_t unit) {

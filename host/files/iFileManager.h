@@ -49,11 +49,14 @@ public:
     // Name of the host application, as a person reads it.
     [[nodiscard]] virtual WideString getHostName() const = 0;
 
-    // Paths that begin with the provider's name go to it from now on. The provider stays its owner's; a
-    // plug-in has the host forget it before it ends.
+    // Paths that begin with the provider's name go to it from now on. The provider stays its owner's, and is
+    // forgotten when it ends.
     virtual void registerProvider(iFileProvider& provider) = 0;
-    // Forgets the providers that are part of this component of a plug-in.
+    // Forgets the providers that are part of this component of a plug-in: before the component ends, so that
+    // no path leads to one that is half gone.
     virtual void forgetProvidersOf(ZqComponentBase& component) = 0;
+    // Forgets that provider; nothing happens for one that is not registered. Asks the provider nothing.
+    virtual void forgetProvider(iFileProvider const& provider) noexcept = 0;
     // The provider of a virtual path; null where there is none.
     [[nodiscard]] virtual iFileProvider* findProvider(WideString const& path) = 0;
 };

@@ -7,6 +7,7 @@
 
 #include "host/HostServices.h"
 #include "host/text/Unicode.h"
+#include "host/text/oneLine.h"
 
 namespace {
 
@@ -22,12 +23,6 @@ std::string_view cut(std::string_view text) {
         --end;
     }
     return text.substr(0, end);
-}
-
-// Control characters of both blocks, and the line breaks of Unicode.
-bool endsOrBendsALine(wchar_t character) {
-    return character < 0x20 || (character >= 0x7f && character < 0xa0) || character == 0x2028 ||
-           character == 0x2029;
 }
 
 } // namespace
@@ -55,7 +50,7 @@ void Log(char const* format, ...) {
     WideString line;
     line.reserve(characters.length());
     for (wchar_t const character : characters) {
-        if (!endsOrBendsALine(character)) {
+        if (!Zq::breaksLine(character)) {
             line += character;
             continue;
         }

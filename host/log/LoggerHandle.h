@@ -30,11 +30,9 @@ public:
     LoggerHandle() = default;
     explicit LoggerHandle(Zq::Ptr<LoggerBase> log) : log_(std::move(log)) {}
 
-    void write(WideString const& text, LoggerBase::eOutputType type) const {
-        if (log_) {
-            log_->write(text, type);
-        }
-    }
+    // One line, whatever the text holds: names of clips come from a service, and one that breaks lines could
+    // pass for the host. Control characters and line separators become blanks.
+    ZQ_API void write(WideString const& text, LoggerBase::eOutputType type) const;
     void incIndent() const {
         if (log_) {
             log_->incIndent();

@@ -48,7 +48,8 @@ void ZqPluginBase::closedown() {
     while (!components_.empty()) {
         ZqComponentBase* const component = components_.back();
         components_.pop_back();
-        // A resource registers its provider part by itself and never takes it back.
+        // A resource registers its provider part by itself. It is forgotten while it is whole: others may
+        // ask.
         if (iFileManager* const files = installedHost().files) {
             try {
                 files->forgetProvidersOf(*component);

@@ -9,15 +9,17 @@ namespace {
 
 struct Row {
     FrameRate rate;
-    double numerator;
-    double denominator;
+    std::int32_t numerator;
+    std::int32_t denominator;
     wchar_t const* text;
 
-    [[nodiscard]] constexpr double framesPerSecond() const noexcept { return numerator / denominator; }
+    [[nodiscard]] constexpr double framesPerSecond() const noexcept {
+        return static_cast<double>(numerator) / denominator;
+    }
 };
 
-constexpr double whole = 1;
-constexpr double slowed = 1001;
+constexpr std::int32_t whole = 1;
+constexpr std::int32_t slowed = 1001;
 
 constexpr Row rates[] = {
     {FrameRate::f12, 12, whole, L"12"},
@@ -89,6 +91,11 @@ WideString getDisplayString(FrameRate rate) {
 double getFramesPerSecond(FrameRate rate) noexcept {
     Row const* const row = rowOf(rate);
     return row != nullptr ? row->framesPerSecond() : 0;
+}
+
+ExactRate getExactRate(FrameRate rate) noexcept {
+    Row const* const row = rowOf(rate);
+    return row != nullptr ? ExactRate{row->numerator, row->denominator} : ExactRate();
 }
 
 } // namespace Zq

@@ -37,4 +37,11 @@ enum class FrameRate : std::uint32_t {
 // Frames per second; 0 for unknown.
 [[nodiscard]] ZQ_API double getFramesPerSecond(FrameRate rate) noexcept;
 
+struct ExactRate {
+    std::int32_t numerator = 0;
+    std::int32_t denominator = 1;
+};
+// Frames per second as a fraction in lowest terms; 0/1 for unknown.
+[[nodiscard]] ZQ_API ExactRate getExactRate(FrameRate rate) noexcept;
+
 } // namespace Zq

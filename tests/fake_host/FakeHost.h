@@ -5,9 +5,11 @@
 #include "host/HostServices.h"
 #include "host/engine/crypto/OpenSSLHash.h"
 #include "host/engine/json/SimdjsonReader.h"
+#include "tests/fake_host/FakeEdits.h"
 #include "tests/fake_host/FakeMemory.h"
 #include "tests/fake_host/FakeNetwork.h"
 #include "tests/fake_host/FakePreferences.h"
+#include "tests/fake_host/FakeStreaming.h"
 #include "tests/fake_host/FakeSystem.h"
 
 namespace fake {
@@ -31,6 +33,10 @@ public:
         services.cache = &cache;
         services.images = &images;
         services.tasks = &tasks;
+        services.edits = &edits;
+        services.externalIds = &externalIds;
+        services.actions = &actions;
+        services.streams = &streams;
         before_ = installHost(services);
     }
     ~Host() { installHost(before_); }
@@ -51,6 +57,10 @@ public:
     Cache cache;
     ImageDecoder images;
     TaskContext tasks;
+    Edits edits;
+    ExternalIds externalIds;
+    Actions actions;
+    StreamingFiles streams;
 
 private:
     HostServices before_;

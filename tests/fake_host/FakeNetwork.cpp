@@ -50,6 +50,8 @@ public:
         return whole ? 200 : 0;
     }
 
+    [[nodiscard]] std::string const& name() const { return server_; }
+
 private:
     Zq::Ptr<iHTTPReply> replyTo(Request const& request) {
         std::optional<Answer> answer = network_.ask(request);
@@ -72,6 +74,11 @@ private:
     std::string server_;
     bool secure_;
 };
+
+std::string serverName(iHTTPServer const& server) {
+    auto const* const made = dynamic_cast<Server const*>(&server);
+    return made != nullptr ? made->name() : std::string();
+}
 
 Zq::Ptr<iHTTPServer> Network::createHTTPServer(HTTPConnectionInfo const& info) {
     std::lock_guard const lock(mutex_);

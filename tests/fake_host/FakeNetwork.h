@@ -36,6 +36,9 @@ struct Answer {
     int status = 200;
 };
 
+// The name, with its port, of a server that a Network made; empty for any other server.
+[[nodiscard]] std::string serverName(iHTTPServer const& server);
+
 // Thread: any.
 class Network final : public iNetwork {
 public:

@@ -43,6 +43,7 @@ public:
     WideString getHostName() const override { return hostName; }
     void registerProvider(iFileProvider& provider) override { providers.push_back(&provider); }
     void forgetProvidersOf(ZqComponentBase& component) override;
+    void forgetProvider(iFileProvider const& provider) noexcept override { std::erase(providers, &provider); }
     iFileProvider* findProvider(WideString const& path) override;
 
     WideString hostName = L"zq host";

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/fake_host/FakeHost.h"
 #include "tests/repository/TestRepository.h"
 
 namespace repository_tests {
@@ -78,6 +79,28 @@ TEST(FileProvider, TheInfoAsksForTheSizeThroughTheProvidersOwnOperation) {
     } provider;
     EXPECT_EQ(provider.getFileInfo(L"a").size, 42U);
     EXPECT_TRUE(provider.opened.empty());
+}
+
+TEST(FileProvider, TheFileLayerForgetsAProviderThatEnds) {
+    fake::Host host;
+    TestProvider other;
+    host.files.registerProvider(other);
+    {
+        TestProvider provider;
+        host.files.registerProvider(provider);
+        ASSERT_EQ(host.files.providers.size(), 2U);
+        TestProvider const never;
+    }
+    EXPECT_EQ(host.files.providers, std::vector<iFileProvider*>{&other});
+}
+
+TEST(FileProvider, AProviderMayOutliveTheHost) {
+    TestProvider provider;
+    {
+        fake::Host host;
+        host.files.registerProvider(provider);
+    }
+    EXPECT_EQ(installedHost().files, nullptr);
 }
 
 TEST(FileProvider, ItIsNeitherWritableNorTemporaryUnlessItSaysSo) {

@@ -1,3 +1,4 @@
+#include <stdexcept>
 #include <typeinfo>
 
 #include "tests/tarn7/Tarn7Fixture.h"
@@ -81,7 +82,13 @@ TEST_F(Lifecycle, TheComponentHasItsNameTypeAndTag) {
     EXPECT_EQ(resource.getResourceTag(), 'T' | 'R' << 8 | 'N' << 16 | '7' << 24);
 }
 
-TEST_F(Lifecycle, AClientEndsWithoutAWordToTheServiceAndStaysRegistered) {
+TEST_F(Lifecycle, AClientThatCannotBeBuiltToTheEndLeavesNoProviderBehind) {
+    watched.preferences.onRead = [](char const*) { throw std::runtime_error("no preferences"); };
+    EXPECT_THROW(TestResource(), std::runtime_error);
+    EXPECT_TRUE(host.files.providers.empty());
+}
+
+TEST_F(Lifecycle, AClientEndsWithoutAWordToTheServiceAndIsForgottenByTheFileLayer) {
     {
         TestResource resource;
         ASSERT_EQ(resource.connect(resource.getDescription().connection, LoggerHandle()), 0);
@@ -90,7 +97,7 @@ TEST_F(Lifecycle, AClientEndsWithoutAWordToTheServiceAndStaysRegistered) {
         host.network.forgetRequests();
     }
     EXPECT_EQ(host.network.requestCount(), 0U);
-    EXPECT_EQ(host.files.providers.size(), 1U);
+    EXPECT_TRUE(host.files.providers.empty());
 }
 
 } // namespace

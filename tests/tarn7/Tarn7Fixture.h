@@ -65,6 +65,7 @@ public:
     using MediaFileRepositoryBase::searchResultCache;
     using MediaFileRepositoryBase::signedInUser;
     using Tarn7Resource::clipCache;
+    using Tarn7Resource::createEdit;
     using Tarn7Resource::digestService;
     using Tarn7Resource::getClipData;
     using Tarn7Resource::getFileExtension;
@@ -80,6 +81,7 @@ public:
     using Tarn7Resource::sessionContext;
     using Tarn7Resource::sessionMarker;
     using Tarn7Resource::signedHash;
+    using Tarn7Resource::syncCart;
 };
 
 // Runs a test body with the client in a host whose network answers nothing yet.

@@ -48,11 +48,21 @@ private:
 class WatchedFiles final : public iFileManager {
 public:
     explicit WatchedFiles(iFileManager& files) : files_(files) {}
-    bool fileExists(WideString const& path) override { return files_.fileExists(path); }
-    bool deleteFile(WideString const& path) override { return files_.deleteFile(path); }
-    bool createDirectory(WideString const& path) override { return files_.createDirectory(path); }
+    bool fileExists(WideString const& path) override {
+        onCall("fileExists", path);
+        return files_.fileExists(path);
+    }
+    bool deleteFile(WideString const& path) override {
+        onCall("deleteFile", path);
+        return files_.deleteFile(path);
+    }
+    bool createDirectory(WideString const& path) override {
+        onCall("createDirectory", path);
+        return files_.createDirectory(path);
+    }
     Zq::Ptr<iFile> openForWrite(WideString const& path, int access, int sharing, int hint,
                                 int further) override {
+        onCall("openForWrite", path);
         return files_.openForWrite(path, access, sharing, hint, further);
     }
     Zq::Ptr<iFile> openForRead(WideString const& path) override { return files_.openForRead(path); }
@@ -67,9 +77,13 @@ public:
         files_.registerProvider(provider);
     }
     void forgetProvidersOf(ZqComponentBase& component) override { files_.forgetProvidersOf(component); }
+    void forgetProvider(iFileProvider const& provider) noexcept override { files_.forgetProvider(provider); }
     iFileProvider* findProvider(WideString const& path) override { return files_.findProvider(path); }
 
-    std::function<void(iFileProvider&)> onRegister;
+    std::function<void(iFileProvider&)> onRegister = [](iFileProvider&) {};
+    // Before a question about a path on the disk, and before a change of it.
+    std::function<void(char const* call, WideString const& path)> onCall = [](char const*,
+                                                                              WideString const&) {};
 
 private:
     iFileManager& files_;
@@ -118,7 +132,6 @@ public:
         services.files = &files;
         services.cache = &cache;
         services.security = &security;
-        files.onRegister = [](iFileProvider&) {};
         cache.onPartialFolder = [] {};
         security.onGetHash = [] {};
         before_ = installHost(services);

@@ -40,8 +40,11 @@ protected:
 
     // The body of the only request against the file of that name.
     void expectBody(std::string const& name) {
-        compared_ = true;
         ASSERT_EQ(host.network.requestCount(), 1U);
+        expectLastBody(name);
+    }
+    void expectLastBody(std::string const& name) {
+        compared_ = true;
         std::string const body = lastBody();
         expectSound(body);
         std::string const path = TARN7_GOLDEN_FOLDER "/" + name + ".txt";
@@ -54,6 +57,17 @@ protected:
             }
             FAIL() << "bodies that differed were written; look at them and run without TARN7_WRITE_GOLDEN";
         }
+    }
+
+    // Signs in, has the cart hold the items, and asks for these ids.
+    void fillCart(std::string const& items, std::vector<std::string> const& ids) {
+        signIn();
+        host.network.answerWith(answerOf({R"({"items":[)" + items + "]}"}));
+        LightweightVector<RemoteAsset> assets;
+        for (std::string const& id : ids) {
+            assets.emplace_back().id = wide(id);
+        }
+        EXPECT_TRUE(resource.syncCart(assets));
     }
 
     // One search signed out.
@@ -181,6 +195,60 @@ TEST_F(WireBody, OfALookupOfTwoClipsSignedIn) {
     assets[1].id = L"-1";
     resource.getClipData(assets);
     expectBody("get_clip_data_two");
+}
+
+TEST_F(WireBody, OfTheReadingOfTheCart) {
+    (void)resource.syncCart({});
+    expectBody("get_cart_formatted");
+}
+
+TEST_F(WireBody, OfAdditionsToTheCart) {
+    fillCart("", {"9", "10"});
+    expectLastBody("modify_active_cart_add");
+}
+
+TEST_F(WireBody, OfRemovalsFromTheCart) {
+    fillCart(R"({"id":9},{"id":10})", {});
+    expectLastBody("modify_active_cart_remove");
+}
+
+TEST_F(WireBody, OfAnExchangeOfTheCart) {
+    fillCart(R"({"id":9},{"id":12},{},{"id":10})", {"8", "12", "11", "007"});
+    expectLastBody("modify_active_cart_both");
+}
+
+TEST_F(WireBody, OfAPurchaseOnThePaymentPage) {
+    signIn();
+    host.network.answerWith(answerOf({"{}"}));
+    (void)resource.requestExternalPurchase({});
+    expectLastBody("purchase_using_cash");
+}
+
+TEST_F(WireBody, OfAPurchaseWithCredits) {
+    signIn();
+    host.network.answerWith(answerOf({"{}"}));
+    (void)resource.requestCreditPurchase({});
+    expectLastBody("purchase_using_credits");
+}
+
+TEST_F(WireBody, OfTheOwnedList) {
+    signIn();
+    (void)resource.getPurchasedAssets();
+    expectBody("get_downloads_formatted");
+}
+
+TEST_F(WireBody, OfTheOwnedListSignedOut) {
+    (void)resource.getPurchasedAssets();
+    expectBody("get_downloads_formatted_signed_out");
+}
+
+TEST_F(WireBody, OfADownload) {
+    signIn();
+    RemoteAsset asset;
+    asset.id = L"123";
+    asset.payload = parsed(R"({"v":"2","tr":"full \"q\""})");
+    EXPECT_FALSE(resource.fetchFullMedia({asset}, 0, LoggerHandle()));
+    expectBody("download");
 }
 
 TEST_F(WireBody, OfACommandWithEveryKindOfParameter) {

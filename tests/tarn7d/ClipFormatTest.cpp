@@ -73,6 +73,9 @@ TEST(ClipFormat, RatesAreDecimalTexts) {
     EXPECT_EQ(exactRateText({25, 1}), "25");
     EXPECT_EQ(exactRateText({25, 2}), "12.5");
     EXPECT_EQ(exactRateText({}), "");
+    EXPECT_EQ(displayRateText({24000, 1001}), "23.976");
+    EXPECT_EQ(displayRateText({30000, 1001}), "29.97");
+    EXPECT_EQ(displayRateText({}), "");
     EXPECT_EQ(coarseRateText({30000, 1001}), "29");
     EXPECT_EQ(coarseRateText({50, 1}), "50");
     EXPECT_EQ(coarseRateText({}), "");

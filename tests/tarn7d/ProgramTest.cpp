@@ -149,6 +149,60 @@ TEST_F(ProgramTest, ASecondOneOnTheSameDataFolderIsRefused) {
     EXPECT_EQ(first.exitStatus(), 0);
 }
 
+TEST_F(ProgramTest, TheFaultDeskIsOffUnlessAskedForAndTheReadyLineTellsWhereItIs) {
+    {
+        Program plain(serveArguments(), errors_);
+        auto const ready = test::parseJson(plain.line());
+        ASSERT_NE(ready, nullptr) << errors();
+        EXPECT_EQ(ready->getChild("faultDesk"), nullptr);
+    }
+    auto arguments = serveArguments();
+    arguments.push_back("--fault-desk");
+    Program program(arguments, errors_);
+    auto const ready = test::parseJson(program.line());
+    ASSERT_NE(ready, nullptr) << errors();
+    auto const desk = ready->getChild("faultDesk");
+    ASSERT_NE(desk, nullptr);
+    httplib::Client client("127.0.0.1", static_cast<int>(desk->getInt("port", 0)));
+    client.set_default_headers({{"Authorization", "Bearer " + std::string(desk->getStringView("token"))}});
+    auto const listed = client.Get("/faults");
+    ASSERT_TRUE(listed);
+    EXPECT_EQ(listed->body, R"({"faults":[]})");
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.exitStatus(), 0);
+}
+
+TEST_F(ProgramTest, APurchaseSurvivesAKilledService) {
+    std::string const data = data_.string();
+    ASSERT_EQ(run({"account", "add", "anna", "--credits", "20", "--data", data}, "secret\n"), 0) << errors();
+    // The clip costs 9 credits: it is bought before the kill, and again after it.
+    for (std::string const& charged : {std::string("\"charged\":9"), std::string("\"charged\":0")}) {
+        Program program(serveArguments(), errors_);
+        auto const ready = test::parseJson(program.line());
+        ASSERT_NE(ready, nullptr) << errors();
+        httplib::SSLClient client("127.0.0.1", static_cast<int>(ready->getInt("port", 0)));
+        client.set_ca_cert_path(std::string(ready->getStringView("ca")).c_str());
+        auto const signedIn = client.Post(
+            "/?page=api", test::requestBody(R"([{"command":"login","username":"anna","password":"secret"}])"),
+            "text/plain");
+        ASSERT_TRUE(signedIn);
+        auto const session = test::reply(test::parseJson(signedIn->body));
+        auto const bought = client.Post(
+            "/?page=api",
+            test::requestBody(
+                R"([{"command":"modify_active_cart","addid":"1"},{"command":"purchase_using_credits"}])",
+                {static_cast<std::int32_t>(JSON::orEmpty(session).getInt("cx", -1)),
+                 static_cast<std::int32_t>(JSON::orEmpty(session).getInt("cm", -1))}),
+            "text/plain");
+        ASSERT_TRUE(bought);
+        EXPECT_THAT(bought->body, HasSubstr(charged));
+        program.signal(SIGKILL);
+        EXPECT_EQ(program.exitStatus(), -1);
+    }
+    EXPECT_EQ(run({"account", "list", "--data", data}), 0);
+    EXPECT_EQ(output_, "anna\t11\n");
+}
+
 TEST_F(ProgramTest, MistakesAreToldAndEndTheProgram) {
     EXPECT_NE(run({"--data", data_.string()}), 0);
     EXPECT_THAT(errors(), HasSubstr("--footage"));
@@ -190,6 +244,12 @@ TEST_F(ProgramTest, AccountsAreKeptFromTheCommandLine) {
     EXPECT_EQ(run({"account", "password", "anna", "--data", data}, "other\n"), 0);
     EXPECT_EQ(run({"account", "list", "--data", data}), 0);
     EXPECT_EQ(output_, "anna\t12\n");
+    EXPECT_EQ(run({"account", "block", "anna", "--data", data}), 0);
+    EXPECT_EQ(run({"account", "list", "--data", data}), 0);
+    EXPECT_EQ(output_, "anna\t12\tblocked\n");
+    EXPECT_EQ(run({"account", "unblock", "anna", "--data", data}), 0);
+    EXPECT_EQ(run({"account", "list", "--data", data}), 0);
+    EXPECT_EQ(output_, "anna\t12\n");
     EXPECT_EQ(run({"account", "remove", "anna", "--data", data}), 0);
     EXPECT_NE(run({"account", "remove", "anna", "--data", data}), 0);
     EXPECT_THAT(errors(), HasSubstr("no account of that name"));
@@ -214,7 +274,8 @@ TEST_F(ProgramTest, AnAddressThatIsNotServedIsRefusedBeforeFootageIsMade) {
 
 TEST_F(ProgramTest, HelpNamesTheOptions) {
     EXPECT_EQ(run({"--help"}), 0);
-    for (char const* option : {"--data", "--footage", "--listen", "--demo", "--public-name", "account"}) {
+    for (char const* option : {"--data", "--footage", "--listen", "--demo", "--public-name", "--fault-desk",
+                               "--payment-pages", "--download-minutes", "account"}) {
         EXPECT_THAT(output_, HasSubstr(option));
     }
 }

@@ -10,9 +10,8 @@
 
 #include "apps/tarn7d/MediaProbe.h"
 #include "apps/tarn7d/Renditions.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/tarn7d/ServerFixture.h"
 #include "tests/tarn7d/TestFootage.h"
-#include "tests/tarn7d/TestRequests.h"
 
 namespace {
 
@@ -21,51 +20,10 @@ using namespace tarn7d;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-constexpr char const* formType = "application/x-www-form-urlencoded";
+using test::Client;
+using test::formType;
 
-class Client : public httplib::SSLClient {
-public:
-    Client(int port, fs::path const& ca) : SSLClient("127.0.0.1", port) {
-        set_ca_cert_path(ca.c_str());
-        enable_server_certificate_verification(true);
-        set_keep_alive(true);
-        set_tcp_nodelay(true);
-        set_read_timeout(30);
-    }
-};
-
-class ServerTest : public testing::Test {
-protected:
-    ServerTest() {
-        test::putFootage(test::Footage::plain, footage_ / "a.mov");
-        test::putFootage(test::Footage::large, footage_ / "b.mov");
-    }
-    void start() {
-        server_ = std::make_unique<Server>(options());
-        port_ = server_->start();
-    }
-    [[nodiscard]] ServerOptions options() const {
-        ServerOptions options;
-        options.data = folder_.path() / "data";
-        options.footage = footage_;
-        options.rescanInterval = std::chrono::milliseconds(50);
-        return options;
-    }
-    [[nodiscard]] Client client() const { return Client(port_, server_->caFile()); }
-    [[nodiscard]] static std::int64_t total(Client& client) {
-        auto const result =
-            client.Post("/?page=api", test::requestBody(R"([{"command":"search","query":""}])"), formType);
-        if (!result || result->status != 200) {
-            return -1;
-        }
-        return JSON::orEmpty(test::reply(test::parseJson(result->body))).getInt("tot_nbr_rows", -1);
-    }
-
-    test::TemporaryFolder folder_;
-    fs::path const footage_ = folder_.path() / "footage";
-    std::unique_ptr<Server> server_;
-    int port_ = 0;
-};
+class ServerTest : public test::ServerFixture {};
 
 TEST_F(ServerTest, ASearchIsAnsweredOverVerifiedTls) {
     start();
@@ -106,7 +64,7 @@ TEST_F(ServerTest, OtherAddressesAndMethodsAreNotFound) {
 TEST_F(ServerTest, ABodyBeyondTheLimitIsRefused) {
     start();
     Client connection = client();
-    auto const result = connection.Post("/?page=api", std::string((std::size_t{4} << 20) + 1, 'x'), formType);
+    auto const result = connection.Post("/?page=api", std::string((std::size_t{8} << 20) + 1, 'x'), formType);
     // The service may close before everything is sent, which the client sees as a failed write.
     EXPECT_TRUE(!result || result->status == 413);
     Client next = client();
@@ -195,6 +153,20 @@ TEST_F(ServerTest, APreviewKeepsRateAndLengthAndComesInParts) {
     ASSERT_TRUE(behind);
     EXPECT_EQ(behind->status, 416);
     EXPECT_EQ(behind->get_header_value("Content-Range"), "bytes */" + size);
+}
+
+TEST_F(ServerTest, AnAnswerThatIsNoFileIsWholeWhateverRangeWasAskedFor) {
+    start();
+    Client connection = client();
+    for (char const* const range : {"bytes=0-524287", "bytes=5-", "bytes=-65536", "bytes=0-1,5-6"}) {
+        for (char const* const path : {"/000000009_prev_264.mov", "/000000001_main_xl.mp4", "/nowhere"}) {
+            auto const answer = connection.Get(path, {{"Range", range}});
+            ASSERT_TRUE(answer) << path << " " << range;
+            EXPECT_EQ(answer->status, 404);
+            EXPECT_EQ(answer->get_header_value("Content-Length"), std::to_string(answer->body.size()));
+            EXPECT_THAT(answer->body, testing::AnyOf("not found\n", ""));
+        }
+    }
 }
 
 TEST_F(ServerTest, ARangeOfAnotherVersionGetsTheWholeFile) {

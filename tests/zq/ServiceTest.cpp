@@ -7,17 +7,12 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <semaphore>
 #include <utility>
 
-#include "apps/tarn7d/CertificateAuthority.h"
-#include "apps/zq/MemoryBlock.h"
-#include "host/engine/json/SimdjsonReader.h"
 #include "tests/support/RawServer.h"
 #include "tests/support/WebServer.h"
-#include "tests/tarn7d/TestFootage.h"
-#include "tests/zq/ProgramFixture.h"
+#include "tests/zq/EmbeddedService.h"
 
 namespace {
 
@@ -28,74 +23,11 @@ using testing::StartsWith;
 using zq_tests::Finished;
 using zq_tests::RunningProgram;
 
-Zq::Ptr<JSON::Element> parsed(std::string const& line) {
-    return engine::SimdjsonReader().parse(zq::MemoryBlock(line));
-}
-
-std::string errorOf(std::string const& line) {
-    Zq::Ptr<JSON::Element> const answer = parsed(line);
-    return std::string(JSON::orEmpty(answer).getString("error").view());
-}
-
-// The keys of an element by kind, each kind in the order of the text.
-std::vector<std::string> keysOf(JSON::Element const& element) {
-    std::vector<std::string> keys;
-    for (auto const& member : element.strings()) {
-        keys.emplace_back(member.key);
-    }
-    for (auto const& member : element.numbers()) {
-        keys.emplace_back(member.key);
-    }
-    for (auto const& member : element.flags()) {
-        keys.emplace_back(member.key);
-    }
-    for (auto const& member : element.children()) {
-        keys.emplace_back(member.key);
-    }
-    return keys;
-}
-
-class Service : public zq_tests::ProgramFixture {
-protected:
-    // Certificates for the service's name, in a folder of that name.
-    [[nodiscard]] tarn7d::CertificateFiles certificates(char const* name = "tls") const {
-        fs::create_directories(folder() / name);
-        return tarn7d::ensureCertificates(folder() / name, {"www.tarn7.example"});
-    }
-    void leadTo(std::string const& server, fs::path const& ca) {
-        configure({programFile("tarn7.zqd")}, network(server, ca));
-    }
-};
-
-// The embedded service with two clips and one account.
-class EmbeddedService : public Service {
-protected:
-    EmbeddedService() {
-        test::putFootage(test::Footage::plain, folder() / "footage" / "red car.mov");
-        test::putFootage(test::Footage::large, folder() / "footage" / "sea.mp4");
-        account_ = std::make_unique<RunningProgram>(
-            programFile("tarn7d").string(),
-            Words{"account", "add", "anna", "--data", (folder() / "data").string()}, environment);
-        account_->write("open sesame\nopen sesame\n");
-        added_ = account_->finish();
-        service_ =
-            std::make_unique<RunningProgram>(programFile("tarn7d").string(),
-                                             Words{"--data", (folder() / "data").string(), "--footage",
-                                                   (folder() / "footage").string(), "--prepare", "asked"},
-                                             environment);
-        Zq::Ptr<JSON::Element> const ready = parsed(service_->readLine());
-        port_ = JSON::orEmpty(ready).getInt("port", 0);
-        ca_ = std::string(JSON::orEmpty(ready).getString("ca").view());
-        leadTo(name(), ca_);
-    }
-    [[nodiscard]] std::string name() const { return "127.0.0.1:" + std::to_string(port_); }
-
-    std::unique_ptr<RunningProgram> account_;
-    Finished added_;
-    std::unique_ptr<RunningProgram> service_;
-    std::int64_t port_ = 0;
-    fs::path ca_;
-};
+using zq_tests::EmbeddedService;
+using zq_tests::errorOf;
+using zq_tests::keysOf;
+using zq_tests::parsed;
+using zq_tests::Service;
 
 TEST_F(EmbeddedService, IsSearched) {
     Zq::Ptr<JSON::Element> const answer = parsed(answers({"search car --page-size 10"})[0]);

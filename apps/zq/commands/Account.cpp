@@ -1,40 +1,17 @@
 // "login", "logout" and "form": the account at the service.
 
-#include <optional>
-
 #include "apps/zq/Command.h"
 #include "apps/zq/JsonOutput.h"
 #include "apps/zq/MemoryBlock.h"
 #include "apps/zq/RichText.h"
 #include "apps/zq/commands/Commands.h"
+#include "apps/zq/signIn.h"
 #include "apps/zq/terminal/PlainText.h"
 #include "host/json/parse.h"
 
 namespace zq {
 
 namespace {
-
-// Result codes of a sign-in.
-constexpr std::int32_t signedIn = 0;
-constexpr std::int32_t unknownUser = 2;
-constexpr std::int32_t wrongPassword = 7;
-
-std::string inWords(std::int32_t code, ServiceWatch const& watch) {
-    switch (code) {
-    case signedIn:
-        return {};
-    case unknownUser:
-        return "the service knows no user of that name";
-    case wrongPassword:
-        return "the password is wrong";
-    default:
-        return watch.failure().value_or("the service refused the sign-in");
-    }
-}
-
-std::string currentUser(iMediaFileRepository const& repository) {
-    return utf8(repository.getDescription().connection.user);
-}
 
 class Login final : public Command {
 public:
@@ -43,23 +20,13 @@ public:
     }
 
     Reply run(Session& session) override {
-        iMediaFileRepository& repository = session.connected();
-        std::optional<std::string> const password = session.input().readSecret("password: ");
-        if (!password) {
-            throw CommandError("the next line of the standard input should be the password");
-        }
-        configb form;
-        form.set("username", toUTF8(wide(user_)));
-        form.set("password", toUTF8(wide(*password)));
-        ServiceWatch const watch = session.watch();
-        std::int32_t const code = repository.login(form);
+        SignIn const result = signIn(session, user_);
         Reply reply;
-        reply.error = inWords(code, watch);
-        std::string const user = currentUser(repository);
-        reply.text = "signed in as " + plainText(user) + "\n";
-        reply.members = [code, user](JSON::Builder& json) {
-            json.add("code", code);
-            addText(json, "user", user);
+        reply.error = result.error;
+        reply.text = "signed in as " + plainText(result.user) + "\n";
+        reply.members = [result](JSON::Builder& json) {
+            json.add("code", result.code);
+            addText(json, "user", result.user);
         };
         return reply;
     }
@@ -75,10 +42,12 @@ public:
     Reply run(Session& session) override {
         iMediaFileRepository& repository = session.repository();
         Reply reply;
-        if (currentUser(repository).empty()) {
+        if (session.user().empty()) {
             reply.text = "nobody was signed in\n";
             return reply;
         }
+        session.endFetches();
+        session.forgetCredits();
         ServiceWatch const watch = session.watch();
         repository.logout();
         reply.text = "signed out\n";

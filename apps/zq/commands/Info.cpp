@@ -87,12 +87,23 @@ public:
         if (session.modules().empty()) {
             reply.text = "no modules\n";
         }
-        reply.members = [modules = session.modules()](JSON::Builder& json) {
+        engine::Project& project = session.engine().project();
+        std::size_t const edits = project.edits().size();
+        std::size_t const sequences = project.sequenceNames().size();
+        bool const writable = project.canWrite();
+        reply.text += "project: edits " + std::to_string(edits) + ", sequences " + std::to_string(sequences) +
+                      (writable ? "\n" : "; another zq works on it\n");
+        reply.members = [modules = session.modules(), edits, sequences, writable](JSON::Builder& json) {
             json.startArray("modules");
             for (engine::ModuleReport const& module : modules) {
                 addModule(json, module);
             }
             json.endArray();
+            json.startChild("project");
+            addNumber(json, "edits", edits);
+            addNumber(json, "sequences", sequences);
+            json.add("writable", writable);
+            json.endChild();
         };
         return reply;
     }

@@ -5,11 +5,10 @@
 
 #include "apps/zq/Command.h"
 #include "apps/zq/JsonOutput.h"
+#include "apps/zq/commands/AssetListing.h"
 #include "apps/zq/commands/Commands.h"
-#include "apps/zq/commands/Labels.h"
 #include "apps/zq/terminal/Picture.h"
 #include "apps/zq/terminal/PlainText.h"
-#include "apps/zq/terminal/Table.h"
 #include "host/tasks/BackgroundTaskQueueBase.h"
 
 namespace zq {
@@ -17,61 +16,6 @@ namespace zq {
 namespace {
 
 constexpr int pictureColumns = 40;
-
-void addAttributes(JSON::Builder& json, char const* key, LogAttributeMap const& attributes) {
-    json.startChild(key);
-    for (LogAttributeMap::Entry const& entry : attributes.entries()) {
-        addText(json, std::to_string(entry.type).c_str(), entry.value.view());
-    }
-    json.endChild();
-}
-
-void addAsset(JSON::Builder& json, RemoteAsset const& asset, MediaFileRepositoryBase const& base) {
-    json.startChild(nullptr);
-    json.add("id", asset.id, true);
-    addNumber(json, "frameRate", static_cast<std::uint32_t>(asset.frameRate));
-    json.add("frameRateText", Zq::getDisplayString(asset.frameRate), true);
-    addNumber(json, "videoChannels", asset.videoChannels);
-    addNumber(json, "audioChannels", asset.audioChannels);
-    json.add("mediaExtension", asset.mediaExtension, true);
-    json.add("proxyLocation", asset.proxyLocation, true);
-    json.add("proxyExtension", asset.proxyExtension, true);
-    json.add("purchased", base.isPurchased(asset));
-    addAttributes(json, "display", asset.displayAttributes);
-    addAttributes(json, "log", asset.logAttributes);
-    json.add("thumbnailUrl", base.describeRemoteLocation(asset, MediaFileRepositoryBase::eThumbnail), true);
-    json.add("previewUrl", base.describeRemoteLocation(asset, MediaFileRepositoryBase::ePreview), true);
-    json.add("localPath", base.describeLocalMediaLocation(asset, MediaFileRepositoryBase::eFullMedia), true);
-    json.endChild();
-}
-
-// What the list shows of the asset in a column: its display text, failing that the text that stays with it.
-std::string cell(RemoteAsset const& asset, LogAttribute const& column) {
-    NarrowString const shown = asset.displayAttributes.find(column);
-    return std::string((shown.isEmpty() ? asset.logAttributes.find(column) : shown).view());
-}
-
-std::string listing(SearchResults const& results, LightweightVector<LogAttribute> const& attributes,
-                    Screen const& screen) {
-    std::vector<Table::Column> columns{{"Id", Table::Align::right}};
-    for (LogAttribute const& attribute : attributes) {
-        bool const isNumber = attribute.getType() == LogAttribute::ePrice ||
-                              attribute.getType() == LogAttribute::eFrameRate ||
-                              attribute.getFieldType() == DBFieldTypes::duration;
-        columns.push_back({utf8(label(attribute.getDisplayName())),
-                           isNumber ? Table::Align::right : Table::Align::left,
-                           attribute.getType() == LogAttribute::eName});
-    }
-    Table table(std::move(columns));
-    for (RemoteAsset const& asset : results.assets) {
-        std::vector<std::string> row{utf8(asset.id)};
-        for (LogAttribute const& attribute : attributes) {
-            row.push_back(cell(asset, attribute));
-        }
-        table.addRow(row);
-    }
-    return table.render(screen);
-}
 
 std::string pictures(Session& session, SearchResults const& results) {
     if (!session.screen().hasTrueColour) {
@@ -83,7 +27,7 @@ std::string pictures(Session& session, SearchResults const& results) {
         if (BackgroundTaskQueueBase::getCurrentTaskStatus() == iBackgroundTask::eCancelling) {
             throw CommandError("interrupted");
         }
-        text += plainText(utf8(asset.id) + "  " + cell(asset, LogAttribute(LogAttribute::eName))) + "\n";
+        text += plainText(utf8(asset.id) + "  " + assetCell(asset, LogAttribute(LogAttribute::eName))) + "\n";
         Zq::Ptr<iHostImage> const image = session.connected().getThumbnail(asset);
         text += image ? halfBlockPicture(*image, limit > 0 ? std::min(limit, pictureColumns) : pictureColumns)
                       : std::string("(no picture)\n");
@@ -119,7 +63,7 @@ public:
         SearchResults const results = session.search(query);
         Reply reply;
         if (!results.assets.empty()) {
-            reply.text = listing(results, base.getLogAttributes(), session.screen());
+            reply.text = assetTable(results.assets, base.getLogAttributes(), session.screen());
         }
         if (pictures_) {
             reply.text += pictures(session, results);
@@ -132,7 +76,9 @@ public:
             addNumber(json, "totalCount", results.totalCount);
             json.startArray("assets");
             for (RemoteAsset const& asset : results.assets) {
-                addAsset(json, asset, base);
+                json.startChild(nullptr);
+                addAssetMembers(json, asset, base);
+                json.endChild();
             }
             json.endArray();
         };

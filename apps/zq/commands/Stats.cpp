@@ -5,6 +5,7 @@
 #include "apps/zq/commands/Commands.h"
 #include "apps/zq/terminal/PlainText.h"
 #include "apps/zq/terminal/Table.h"
+#include "host/engine/streaming/StreamingFiles.h"
 
 namespace zq {
 
@@ -38,8 +39,16 @@ public:
             errors += service.lastError.empty() ? "" : "last failure: " + plainText(service.lastError) + "\n";
         }
         Reply reply;
+        engine::StreamingStatistics const streams = session.engine().streams().statistics();
         reply.text = services.empty() ? "no requests so far\n" : table.render(session.screen()) + errors;
-        reply.members = [services](JSON::Builder& json) {
+        if (streams.opens > 0) {
+            reply.text += "streams: " + std::to_string(streams.opens) + " opened, " +
+                          std::to_string(streams.requests) + " requests, " +
+                          std::to_string(streams.bytesReceived) + " B received, " +
+                          std::to_string(streams.bytesRead) + " B read, " +
+                          std::to_string(streams.bytesFromStore) + " B of them from the store\n";
+        }
+        reply.members = [services, streams](JSON::Builder& json) {
             json.startArray("services");
             for (ServerStatistics const& service : services) {
                 json.startChild(nullptr);
@@ -54,6 +63,13 @@ public:
                 json.endChild();
             }
             json.endArray();
+            json.startChild("streams");
+            addNumber(json, "opens", streams.opens);
+            addNumber(json, "requests", streams.requests);
+            addNumber(json, "bytesReceived", streams.bytesReceived);
+            addNumber(json, "bytesRead", streams.bytesRead);
+            addNumber(json, "bytesFromStore", streams.bytesFromStore);
+            json.endChild();
         };
         return reply;
     }

@@ -14,15 +14,22 @@ LocalFile::~LocalFile() {
     if (!note_) {
         return;
     }
-    if (::fdatasync(opened_.get()) == 0) {
-        note_->finish();
-    } else {
+    if (transfer_ && getSize() < transfer_->announced_bytes()) {
+        releaseBehindEnd(opened_.get());
+    }
+    bool const onDisk = ::fdatasync(opened_.get()) == 0;
+    if (!onDisk) {
         Log("A written file could not be brought to disk (error %d); it is removed at the next start", errno);
+    }
+    if (transfer_) {
+        transfer_->closed(std::move(*note_), onDisk);
+    } else if (onDisk) {
+        note_->finish();
     }
 }
 
 bool LocalFile::write(void const* bytes, std::uint32_t size) {
-    return opened_.writeAll(bytes, size);
+    return opened_.writeAll(bytes, size) && (!transfer_ || behind_.wrote(opened_.get(), size));
 }
 
 std::int64_t LocalFile::read(void* bytes, std::uint32_t size) {

@@ -1,12 +1,14 @@
 // A file on disk, as the contract's iFile.
 //
 // What was written is on disk when the last owner lets go, so that nothing points at a file that a power cut
-// would shorten.
+// would shorten. Its note in the journal goes then too, unless a transfer fills the file: that decides.
 #pragma once
 
 #include <optional>
 
+#include "host/engine/files/DiskSpace.h"
 #include "host/engine/files/FileDescriptor.h"
+#include "host/engine/files/FileTransfer.h"
 #include "host/engine/files/WriteJournal.h"
 #include "host/files/iFile.h"
 
@@ -15,8 +17,9 @@ namespace engine {
 class LocalFile final : public iFile {
 public:
     // Takes an open file at position 0, and the note that it is being written; none for a file that is read.
-    LocalFile(FileDescriptor opened, std::optional<WriteJournal::Note> note)
-        : note_(std::move(note)), opened_(std::move(opened)) {}
+    // `transfer`: what fills it, null where that is no transfer.
+    LocalFile(FileDescriptor opened, std::optional<WriteJournal::Note> note, Zq::Ptr<FileTransfer> transfer)
+        : note_(std::move(note)), transfer_(std::move(transfer)), opened_(std::move(opened)) {}
     ~LocalFile() override;
 
     bool write(void const* bytes, std::uint32_t size) override;
@@ -27,7 +30,9 @@ public:
 
 private:
     std::optional<WriteJournal::Note> note_;
+    Zq::Ptr<FileTransfer> const transfer_;
     FileDescriptor opened_;
+    WriteBehind behind_;
 };
 
 } // namespace engine

@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "host/engine/files/DiskSpace.h"
 #include "host/engine/files/LocalFile.h"
 #include "host/engine/files/LocalPath.h"
 #include "host/engine/files/copyLocalFile.h"
@@ -26,6 +27,35 @@ std::filesystem::path diskPath(WideString const& path) {
     return path.startsWith(virtualPrefix) ? std::filesystem::path() : localPath(path);
 }
 
+// The file, new or emptied, with room for so many bytes; none where it cannot be had, and an old one is then
+// as it was. `errno` tells why.
+FileDescriptor openEmptied(std::filesystem::path const& file, std::uint64_t announced_bytes) {
+    // O_NONBLOCK: a pipe in the file's place fails here instead of waiting for its reader.
+    FileDescriptor opened(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0644));
+    struct stat status {};
+    if (!opened || ::fstat(opened.get(), &status) != 0) {
+        return {};
+    }
+    if (!S_ISREG(status.st_mode)) {
+        errno = EINVAL;
+        return {};
+    }
+    if (!reserveSpace(opened.get(), announced_bytes)) {
+        releaseBehindEnd(opened.get());
+        errno = ENOSPC;
+        return {};
+    }
+    if (status.st_size != 0) {
+        if (::ftruncate(opened.get(), 0) != 0) {
+            return {};
+        }
+        // What was reserved for the old content is gone with it. Should another take the room in between,
+        // writing tells.
+        (void)reserveSpace(opened.get(), announced_bytes);
+    }
+    return opened;
+}
+
 } // namespace
 
 bool LocalFileManager::fileExists(WideString const& path) {
@@ -38,7 +68,12 @@ bool LocalFileManager::fileExists(WideString const& path) {
 
 bool LocalFileManager::deleteFile(WideString const& path) {
     std::filesystem::path const file = diskPath(path);
-    return !file.empty() && (::unlink(file.c_str()) == 0 || errno == ENOENT || errno == ENOTDIR);
+    if (file.empty() || (::unlink(file.c_str()) != 0 && errno != ENOENT && errno != ENOTDIR)) {
+        return false;
+    }
+    // A note that outlived the file would take the next one at its place for cut short.
+    journal_.forgetEnded(file);
+    return true;
 }
 
 bool LocalFileManager::createDirectory(WideString const& path) {
@@ -55,23 +90,30 @@ Zq::Ptr<iFile> LocalFileManager::openForWrite(WideString const& path, int, int, 
     if (file.empty()) {
         return {};
     }
+    Zq::Ptr<FileTransfer> transfer = FileTransfer::current();
+    std::uint64_t const announced = transfer ? transfer->announced_bytes() : 0;
+    if (std::string const reason = announced != 0 ? explainNoRoom(file, announced) : std::string();
+        !reason.empty()) {
+        Log("%s is not written: %s", file.c_str(), reason.c_str());
+        return {};
+    }
     std::optional<WriteJournal::Note> note = journal_.begin(file);
     if (!note) {
         Log("%s is not written: the journal of unfinished files cannot be", file.c_str());
         return {};
     }
-    // O_NONBLOCK: a pipe in the file's place fails here instead of waiting for its reader.
-    int const flags = O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK;
-    FileDescriptor opened(::open(file.c_str(), flags, 0644));
-    struct stat status {};
-    if (!opened || ::fstat(opened.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
-        Log("%s cannot be written: %s", file.c_str(),
-            opened ? "not a file" : std::generic_category().message(errno).c_str());
+    bool const isNew = ::access(file.c_str(), F_OK) != 0;
+    FileDescriptor opened = openEmptied(file, announced);
+    if (!opened) {
+        Log("%s cannot be written: %s", file.c_str(), std::generic_category().message(errno).c_str());
+        if (isNew) {
+            ::unlink(file.c_str());
+        }
         note->finish();
         return {};
     }
     journal_.forgetEnded(file);
-    return Zq::makeShared<LocalFile>(std::move(opened), std::move(note));
+    return Zq::makeShared<LocalFile>(std::move(opened), std::move(note), std::move(transfer));
 }
 
 Zq::Ptr<iFile> LocalFileManager::openForRead(WideString const& path) {
@@ -87,15 +129,19 @@ Zq::Ptr<iFile> LocalFileManager::openForRead(WideString const& path) {
     if (!opened || ::fstat(opened.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
         return {};
     }
-    return Zq::makeShared<LocalFile>(std::move(opened), std::nullopt);
+    return Zq::makeShared<LocalFile>(std::move(opened), std::nullopt, Zq::Ptr<FileTransfer>());
 }
 
 iFileManager::eCopyRC LocalFileManager::copyFile(WideString const& source, WideString const& destination,
                                                  bool overwrite, ProgressCallback progress) {
-    if (iFileProvider* const provider = findProvider(source)) {
-        return provider->copyFile(source, destination, overwrite, progress);
+    iFileProvider* const provider = findProvider(source);
+    std::filesystem::path const file = diskPath(destination);
+    eCopyRC const result = provider != nullptr ? provider->copyFile(source, destination, overwrite, progress)
+                                               : copyLocalFile(diskPath(source), file, overwrite, progress);
+    if (result == eCopied && !file.empty()) {
+        journal_.forgetEnded(file);
     }
-    return copyLocalFile(diskPath(source), diskPath(destination), overwrite, progress);
+    return result;
 }
 
 void LocalFileManager::registerProvider(iFileProvider& provider) {
@@ -110,6 +156,11 @@ void LocalFileManager::forgetProvidersOf(ZqComponentBase& component) {
     std::erase_if(providers_, [&component](iFileProvider* provider) {
         return dynamic_cast<ZqComponentBase*>(provider) == &component;
     });
+}
+
+void LocalFileManager::forgetProvider(iFileProvider const& provider) noexcept {
+    std::lock_guard const lock(mutex_);
+    std::erase(providers_, &provider);
 }
 
 iFileProvider* LocalFileManager::findProvider(WideString const& path) {

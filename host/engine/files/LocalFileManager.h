@@ -18,10 +18,13 @@ public:
 
     // Only a regular file counts, not a folder.
     bool fileExists(WideString const& path) override;
+    // What the journal of unfinished files holds of it from an earlier writer goes with it.
     bool deleteFile(WideString const& path) override;
     bool createDirectory(WideString const& path) override;
     // Every access and every kind of sharing is the same here: the file can be written, and read by all.
-    // Until its last owner lets go it stands in the journal of unfinished files.
+    // Until its last owner lets go it stands in the journal of unfinished files; in the scope of a
+    // FileTransfer until that has ended whole. A length that such a transfer has announced is reserved on the
+    // disk: where it has no room there is no file, an old one stays as it was, and one log line says why.
     Zq::Ptr<iFile> openForWrite(WideString const& path, int access, int sharing, int hint,
                                 int further) override;
     Zq::Ptr<iFile> openForRead(WideString const& path) override;
@@ -32,6 +35,7 @@ public:
 
     void registerProvider(iFileProvider& provider) override;
     void forgetProvidersOf(ZqComponentBase& component) override;
+    void forgetProvider(iFileProvider const& provider) noexcept override;
     // Of several whose names fit, the one with the longest name; of equal names, the one that came first.
     iFileProvider* findProvider(WideString const& path) override;
 

@@ -49,7 +49,7 @@ std::optional<WriteJournal::Note> WriteJournal::begin(std::filesystem::path cons
         return std::nullopt;
     }
     std::error_code error;
-    std::string const target = std::filesystem::absolute(file, error).native();
+    std::string const target = std::filesystem::absolute(file, error).lexically_normal().native();
     std::filesystem::path const where = folder_ / (randomHex(16) + ".path");
     FileDescriptor note(::open(where.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
     if (error || !note || ::flock(note.get(), LOCK_EX | LOCK_NB) != 0 ||
@@ -78,12 +78,15 @@ std::vector<WriteJournal::Ended> WriteJournal::takeEnded() const {
 }
 
 void WriteJournal::forgetEnded(std::filesystem::path const& file) const {
+    std::error_code error;
+    if (!std::filesystem::is_directory(folder_, error)) {
+        return;
+    }
     FileDescriptor const folderLock = lockFolder();
     if (!folderLock) {
         return;
     }
-    std::error_code error;
-    std::filesystem::path const target = std::filesystem::absolute(file, error);
+    std::filesystem::path const target = std::filesystem::absolute(file, error).lexically_normal();
     for (Ended const& note : takeEnded()) {
         if (note.target == target) {
             std::filesystem::remove(note.where, error);

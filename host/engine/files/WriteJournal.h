@@ -38,8 +38,8 @@ public:
     // Thread: any.
     [[nodiscard]] std::optional<Note> begin(std::filesystem::path const& file) const;
 
-    // Takes out of the journal what was noted of that file by writers that have ended: for when the file has
-    // been emptied to be written anew, which makes it whole again. Thread: any.
+    // Takes out of the journal what was noted of that file by writers that have ended: for when the file is
+    // gone, was replaced by a whole one, or has been emptied to be written anew. Thread: any.
     void forgetEnded(std::filesystem::path const& file) const;
 
     // Removes every file whose writer has ended before it was whole, with its note, and gives their paths.

@@ -1,10 +1,12 @@
 #include "host/engine/network/CurlNetwork.h"
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
 #include "host/engine/network/CurlHTTPServer.h"
 #include "host/engine/network/PercentEncoding.h"
+#include "host/text/Unicode.h"
 
 namespace engine {
 
@@ -28,6 +30,33 @@ WideString CurlNetwork::encodeUrlComponent(WideString const& text) {
     } catch (std::bad_alloc const&) {
         return {};
     }
+}
+
+std::size_t CurlNetwork::prefetch(std::vector<WideString> const& addresses, iCacheStore& store) {
+    std::size_t there = 0;
+    try {
+        std::vector<WideString> missing;
+        std::vector<std::string> urls;
+        for (WideString const& address : addresses) {
+            if (!store.find(address).isEmpty()) {
+                ++there;
+            } else if (std::ranges::find(missing, address) == missing.end()) {
+                missing.push_back(address);
+                urls.emplace_back(toUTF8(address).view());
+            }
+        }
+        if (missing.empty()) {
+            return there;
+        }
+        std::unique_ptr<SmallFiles> files = core_->takeSmallFiles();
+        files->fetch(urls, [&](std::size_t index, std::string const& bytes) {
+            there += store.store(missing[index], bytes.data(), bytes.size()).isEmpty() ? 0U : 1U;
+        });
+        core_->giveBack(std::move(files));
+    } catch (std::exception const&) {
+        // What has arrived is in the store.
+    }
+    return there;
 }
 
 std::vector<ServerStatistics> CurlNetwork::statistics() const {

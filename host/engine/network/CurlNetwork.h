@@ -6,6 +6,7 @@
 
 #include "host/engine/network/NetworkCore.h"
 #include "host/engine/network/NetworkSettings.h"
+#include "host/files/iCacheStore.h"
 #include "host/network/OSPrivate.h"
 
 namespace engine {
@@ -19,6 +20,12 @@ public:
     // Null also when a header line or the user agent of the record holds control characters.
     [[nodiscard]] Zq::Ptr<iHTTPServer> createHTTPServer(HTTPConnectionInfo const& info) override;
     [[nodiscard]] WideString encodeUrlComponent(WideString const& text) override;
+
+    // Fetches small files, such as the pictures of a page, side by side into the store, each under its
+    // address; what the store has is not fetched. Gives the number of those that it has now. Blocks; the rest
+    // is left out when the calling task is cancelled. What could not be had this way, for one a file behind a
+    // redirect, may still be had one by one.
+    std::size_t prefetch(std::vector<WideString> const& addresses, iCacheStore& store);
 
     // One entry for each server that was spoken to, in the order of their names.
     [[nodiscard]] std::vector<ServerStatistics> statistics() const;

@@ -2,11 +2,14 @@
 // it.
 #pragma once
 
+#include <memory>
+#include <mutex>
 #include <utility>
 
 #include "host/engine/network/Connector.h"
 #include "host/engine/network/HandlePool.h"
 #include "host/engine/network/ServerStatistics.h"
+#include "host/engine/network/SmallFiles.h"
 #include "host/object/Ptr.h"
 
 namespace engine {
@@ -19,6 +22,20 @@ public:
     Connector const connector;
     HandlePool pool;
     StatisticsTable statistics;
+
+    // Small files' kept connections, for one user at a time; another gets connections of its own.
+    [[nodiscard]] std::unique_ptr<SmallFiles> takeSmallFiles() {
+        std::lock_guard const lock(mutex_);
+        return smallFiles_ ? std::move(smallFiles_) : std::make_unique<SmallFiles>(connector, statistics);
+    }
+    void giveBack(std::unique_ptr<SmallFiles> files) noexcept {
+        std::lock_guard const lock(mutex_);
+        smallFiles_.swap(files);
+    }
+
+private:
+    std::mutex mutex_;
+    std::unique_ptr<SmallFiles> smallFiles_; // after what it uses: it ends first
 };
 
 } // namespace engine

@@ -1,7 +1,7 @@
 #include "host/engine/network/ReceiverSink.h"
 
 #include <algorithm>
-#include <exception>
+#include <utility>
 
 #include "host/engine/network/BodySink.h"
 
@@ -27,16 +27,21 @@ bool ReceiverSink::start(ResponseHead const& head) noexcept {
         return false; // other bytes than the file's
     }
     try {
-        receiving_ = true;
+        std::uint64_t const length = head.length.value_or(0);
+        transfer_ = Zq::makeShared<FileTransfer>(length);
         lastDelivery_ = std::chrono::steady_clock::now();
-        return receiver_.beginReceive(head.length.value_or(0));
+        if (!transfer_) {
+            return false;
+        }
+        FileTransfer::Scope const scope(transfer_);
+        return receiver_.beginReceive(length);
     } catch (...) {
         return false;
     }
 }
 
 bool ReceiverSink::take(std::string_view bytes) noexcept {
-    if (!receiving_) {
+    if (!transfer_) {
         discarded_ += bytes.size();
         return discarded_ <= BodySink::largestBody;
     }
@@ -84,17 +89,17 @@ bool ReceiverSink::deliver() noexcept {
 }
 
 bool ReceiverSink::finish(bool whole) noexcept {
-    if (!receiving_) {
+    if (!transfer_) {
         return whole;
     }
-    receiving_ = false;
-    bool const taken = whole && (!block_ || block_->getSize() == 0 || deliver());
+    Zq::Ptr<FileTransfer> const transfer = std::move(transfer_);
+    bool taken = whole && (!block_ || block_->getSize() == 0 || deliver());
     try {
         receiver_.endReceive();
     } catch (...) {
-        return false;
+        taken = false;
     }
-    return taken;
+    return transfer->end(taken);
 }
 
 } // namespace engine

@@ -3,6 +3,7 @@
 
 #include <chrono>
 
+#include "host/engine/files/FileTransfer.h"
 #include "host/engine/network/ResponseBody.h"
 #include "host/engine/network/ResponseSink.h"
 #include "host/network/iHTTPServer.h"
@@ -18,18 +19,19 @@ public:
     [[nodiscard]] bool pause() noexcept override;
 
     // Ends the transfer toward the receiver. `whole`: everything that was announced has arrived; what is left
-    // over is then handed on first. True when the receiver took all of it.
+    // over is then handed on first. True when the receiver took all of it, and files that it wrote are on
+    // disk.
     [[nodiscard]] bool finish(bool whole) noexcept;
 
 private:
     [[nodiscard]] bool deliver() noexcept;
 
     iHTTPServer::iDataReceiver& receiver_;
+    Zq::Ptr<FileTransfer> transfer_; // while the receiver is told of it
     Zq::Ptr<ResponseBody> block_;
     std::uint64_t delivered_ = 0;
     std::uint64_t discarded_ = 0;
     std::chrono::steady_clock::time_point lastDelivery_;
-    bool receiving_ = false;
 };
 
 } // namespace engine

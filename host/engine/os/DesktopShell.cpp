@@ -6,6 +6,7 @@
 #include <string>
 #include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <fcntl.h>
@@ -107,7 +108,14 @@ bool DesktopShell::openInBrowser(WideString const& url) {
         Log("The browser \"%s\" could not be started: %s", program.c_str(),
             std::generic_category().message(error).c_str());
     }
+    std::lock_guard const lock(mutex_);
+    unopened_ = *address;
     return false;
+}
+
+std::string DesktopShell::takeUnopened() {
+    std::lock_guard const lock(mutex_);
+    return std::exchange(unopened_, {});
 }
 
 WideString DesktopShell::getStandardFolder(int number) {

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <filesystem>
+#include <mutex>
+#include <string>
 
 #include "host/os/iShell.h"
 
@@ -18,8 +20,14 @@ public:
     // Makes the media folder where it is not there yet.
     WideString getStandardFolder(int number) override;
 
+    // The last address that no browser could be started for, so that its user can open it elsewhere; empty
+    // where there is none, and after it was asked for.
+    [[nodiscard]] std::string takeUnopened();
+
 private:
     std::filesystem::path const media_;
+    std::mutex mutex_;
+    std::string unopened_;
 };
 
 } // namespace engine

@@ -21,6 +21,8 @@
 
 namespace engine {
 
+class ProjectState;
+
 // What a relinking did, or would do.
 struct RelinkReport {
     MediaFacts facts;                         // of the new file
@@ -41,10 +43,13 @@ public:
                                                                Inspect inspect);
     ~Project() override;
 
-    // False where another process holds the project.
+    // False where another process holds the project, or this one cannot write it. Where the one that held it
+    // has ended, asking makes this one the writer, as the first change does.
     [[nodiscard]] bool canWrite() const noexcept;
 
-    // iEditStore. An edit is in memory until it is no longer temporary.
+    // iEditStore. A new clip is temporary, and a temporary edit is in memory only: it is kept, with all that
+    // belongs to it, by setTemporary(false), by placing it or by relinking it, and stays kept from then on. A
+    // length that no clip can have counts as none, or as the longest there is.
     [[nodiscard]] Zq::Ptr<Edit> makeNewClip(std::uint8_t videoChannels, std::uint8_t audioChannels,
                                             double duration_s, Zq::FrameRate rate,
                                             Cookie const& cookie) override;
@@ -88,9 +93,9 @@ public:
     [[nodiscard]] Result<std::string> undo();
 
 private:
-    class Implementation;
-    explicit Project(std::unique_ptr<Implementation> implementation);
-    std::unique_ptr<Implementation> const implementation_;
+    explicit Project(std::shared_ptr<ProjectState> state);
+    // Shared with the edits that it hands out: one that outlives the project is empty, and harmless.
+    std::shared_ptr<ProjectState> const state_;
 };
 
 } // namespace engine

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "host/engine/streaming/StreamingOptions.h"
 #include "host/files/StreamingFile.h"
 
 namespace engine {
@@ -22,10 +23,14 @@ struct StreamingStatistics {
 class StreamingFiles final : public iStreamingFiles {
 public:
     // Keeps the catalogue of its stores in `catalogue`, a SQLite file, and what they hold together within the
-    // limit: the one that was used longest ago goes first, one that is open never.
-    StreamingFiles(std::filesystem::path const& catalogue, std::uint64_t limit_bytes);
+    // limit: the one that was used longest ago goes first, one that is open never. Throws std::runtime_error
+    // when libcurl cannot be used.
+    StreamingFiles(std::filesystem::path const& catalogue, std::uint64_t limit_bytes,
+                   StreamingOptions options = {});
+    // Ends all requests. Files that are still held fail from then on.
     ~StreamingFiles() override;
 
+    // Null for a server that the engine did not make, for an empty name, and without memory or a thread.
     [[nodiscard]] Zq::Ptr<StreamingFile> create(Zq::Ptr<iHTTPServer> const& server,
                                                 WideString const& remoteName, WideString source,
                                                 WideString const& cachePath) override;

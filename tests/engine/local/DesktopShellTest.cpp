@@ -134,6 +134,16 @@ TEST_F(DesktopShell, ABrowserThatIsNotThereIsAFailureWithALogLine) {
     EXPECT_EQ(log_.count("could not be started"), 1);
 }
 
+TEST_F(DesktopShell, AnAddressThatNoBrowserOpenedIsKeptUntilItIsAskedFor) {
+    test::EnvironmentVariable const browser("ZQ_BROWSER", (folder_.path() / "missing").c_str());
+    engine::DesktopShell shell(folder_.path());
+    EXPECT_EQ(shell.takeUnopened(), "");
+    EXPECT_FALSE(shell.openInBrowser(L"https://a.example/pay"));
+    EXPECT_FALSE(shell.openInBrowser(L"javascript:alert(1)"));
+    EXPECT_EQ(shell.takeUnopened(), "https://a.example/pay");
+    EXPECT_EQ(shell.takeUnopened(), "");
+}
+
 TEST_F(DesktopShell, WithoutXdgOpenTheFirstProgramOfBrowserIsTaken) {
     test::EnvironmentVariable const forced("ZQ_BROWSER", nullptr);
     test::EnvironmentVariable const list("BROWSER", (browser_.native() + ":other").c_str());

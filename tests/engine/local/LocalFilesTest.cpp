@@ -271,6 +271,16 @@ TEST_F(Providers, AForgottenComponentsProviderIsGoneAndTheOthersStay) {
     EXPECT_EQ(files_.findProvider(L"Virtual:T7 archive a"), longer_.get());
 }
 
+TEST_F(Providers, AForgottenProviderIsGoneAndTheOthersStay) {
+    files_.registerProvider(*t7_);
+    files_.registerProvider(*longer_);
+    files_.forgetProvider(*longer_);
+    files_.forgetProvider(*longer_);
+    EXPECT_EQ(files_.findProvider(L"Virtual:T7 archive a"), t7_.get());
+    files_.forgetProvider(*t7_);
+    EXPECT_EQ(files_.findProvider(L"Virtual:T7 archive a"), nullptr);
+}
+
 TEST_F(Providers, AProviderWithoutANameGetsNoPath) {
     Zq::Ptr<Provider> const nameless = Zq::makeShared<Provider>(L"");
     files_.registerProvider(*nameless);

@@ -52,6 +52,20 @@ TEST(LoggerHandle, CopiesLeadToTheSameLog) {
     EXPECT_EQ(log->progressText, L"half");
 }
 
+TEST(LoggerHandle, ALineStaysOneLine) {
+    Zq::Ptr<RecordingLog> const log = Zq::makeShared<RecordingLog>();
+    LoggerHandle const handle{Zq::Ptr<LoggerBase>(log)};
+    handle.write(L"a\nb\rc\td\x1b[2J\x7f\x85\x9b\x2028\x2029z", LoggerBase::ePlain);
+    handle.write(WideString(L"a\0b", 3), LoggerBase::ePlain);
+    handle.write(L"Mer \u00e9t\u00e9 \xd83d\xde00\u00a0%s", LoggerBase::ePlain);
+    handle.write(L"", LoggerBase::ePlain);
+    ASSERT_EQ(log->written.size(), 4U);
+    EXPECT_EQ(log->written[0].text, L"a b c d [2J     z");
+    EXPECT_EQ(log->written[1].text, L"a b");
+    EXPECT_EQ(log->written[2].text, L"Mer \u00e9t\u00e9 \xd83d\xde00\u00a0%s");
+    EXPECT_TRUE(log->written[3].text.isEmpty());
+}
+
 TEST(LoggerHandle, AHandleWithoutALogSwallowsWhatItIsTold) {
     LoggerHandle const handle;
     handle.write(L"unheard", LoggerBase::ePlain);

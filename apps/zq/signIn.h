@@ -1,0 +1,23 @@
+// Signing in at the service of the chosen repository.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "apps/zq/Session.h"
+
+namespace zq {
+
+struct SignIn {
+    std::int32_t code = 0; // the repository's result
+    std::string user;      // who is signed in afterwards; empty: nobody
+    std::string error;     // in words; empty when the sign-in succeeded
+};
+
+// Asks for the password, or reads it from the next line of the input, and signs in. Fetches that run are
+// ended first. Throws CommandError where there is no password or no connection.
+[[nodiscard]] SignIn signIn(Session& session, std::string const& user);
+// The same with that password.
+[[nodiscard]] SignIn signIn(Session& session, std::string const& user, std::string const& password);
+
+} // namespace zq
