@@ -1,6 +1,7 @@
 #include "bench/FileServer.h"
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <stdexcept>
@@ -155,7 +156,11 @@ void FileServer::serve(engine::FileDescriptor socket) const {
         if (!head.starts_with("GET /")) {
             return;
         }
-        std::uint64_t const length = std::strtoull(head.c_str() + 5, nullptr, 10);
+        char* end = nullptr;
+        std::uint64_t const length = std::strtoull(head.c_str() + 5, &end, 10);
+        if (*end == '+') {
+            std::this_thread::sleep_for(std::chrono::milliseconds(std::strtoul(end + 1, nullptr, 10)));
+        }
         std::string const answer = "HTTP/1.1 200 OK\r\nContent-Type: application/octet-stream\r\n"
                                    "Content-Length: " +
                                    std::to_string(length) + "\r\n\r\n";

@@ -1,5 +1,5 @@
 // A server of made-up files that costs as little as can be, so that the client is what is measured:
-// "GET /1000000" is answered with a million bytes, by sendfile or through TLS.
+// "GET /1000000" is answered with a million bytes, by sendfile or through TLS; "GET /1000000+40" after 40 ms.
 #pragma once
 
 #include <cstdint>

@@ -10,6 +10,8 @@ namespace tarn7d {
 
 namespace {
 
+constexpr int unusable = 2;
+
 constexpr char const* footer = R"(
 The service watches the footage folder: files that are put there become clips, without a restart. A side file
 NAME.toml beside NAME.mov may give title, keywords and price:
@@ -150,7 +152,8 @@ ParsedOptions parseOptions(int count, char const* const* arguments) {
             throw CLI::RequiredError(data->empty() ? "--data" : "--footage");
         }
     } catch (CLI::ParseError const& error) {
-        return app.exit(error);
+        // The library has a status of its own for each mistake.
+        return app.exit(error) == 0 ? 0 : unusable;
     }
     serve.server.prepareAhead = prepare == "ahead";
     serve.server.downloadLifetime = std::chrono::minutes(downloadMinutes);

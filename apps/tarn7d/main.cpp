@@ -11,6 +11,7 @@
 #include "apps/tarn7d/Log.h"
 #include "apps/tarn7d/Options.h"
 #include "apps/tarn7d/Server.h"
+#include "host/engine/os/standardDescriptors.h"
 #include "host/json/Builder.h"
 #include "host/text/Unicode.h"
 
@@ -105,6 +106,7 @@ int serve(ServeOptions const& options) {
 } // namespace
 
 int main(int count, char** arguments) {
+    engine::openStandardDescriptors();
     ParsedOptions const parsed = parseOptions(count, arguments);
     if (auto const* status = std::get_if<int>(&parsed)) {
         return *status;

@@ -37,7 +37,7 @@ constexpr CommandEntry table[] = {
     {"demo", "walk the whole road once, on the embedded service", makeDemo},
     {"stats", "what was exchanged with each service since the start", makeStats},
     {"shell", "read commands from standard input, one a line", makeShell},
-    {"help", "this list", makeHelp},
+    {"help", "this list, or more about one command", makeHelp},
 };
 
 // Levenshtein's distance.
@@ -85,7 +85,7 @@ std::string commandList() {
         name.resize(nameWidth, ' ');
         list += "  " + name + entry.summary + "\n";
     }
-    return list + "COMMAND --help tells more about one of them.\n";
+    return list + "COMMAND --help or help COMMAND tells more about one of them.\n";
 }
 
 } // namespace zq

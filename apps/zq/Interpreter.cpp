@@ -58,6 +58,12 @@ bool answerLine(std::vector<std::string> const& words, Session& session, Output&
 } // namespace
 
 PreparedCommand prepareCommand(std::vector<std::string> const& words, Output::Format format) {
+    bool const asksForOne = words.size() > 1 && words.front() == "help" && !words[1].starts_with('-');
+    if (asksForOne) {
+        std::vector<std::string> asked{words[1], "--help"};
+        asked.insert(asked.end(), words.begin() + 2, words.end());
+        return prepareCommand(asked, format);
+    }
     PreparedCommand prepared;
     prepared.format = format;
     prepared.entry = findCommand(words.front());
@@ -69,6 +75,8 @@ PreparedCommand prepareCommand(std::vector<std::string> const& words, Output::Fo
     }
     std::unique_ptr<Command> command = prepared.entry->make();
     CLI::App options(prepared.entry->summary, "zq " + std::string(prepared.entry->name));
+    // Looked for by hand where the arguments are not read to their end.
+    bool const wantsJson = std::ranges::find(words, "--json") != words.end();
     bool json = format == Output::Format::json;
     options.add_flag("--json", json, "answer with one line of JSON");
     command->declare(options);
@@ -81,11 +89,12 @@ PreparedCommand prepareCommand(std::vector<std::string> const& words, Output::Fo
         options.parse(reversed);
         prepared.command = std::move(command);
     } catch (CLI::CallForHelp const&) {
+        json = json || wantsJson;
         std::string const text = options.help();
         prepared.reply.text = text;
         prepared.reply.members = [text](JSON::Builder& builder) { addText(builder, "help", text); };
     } catch (CLI::ParseError const& error) {
-        json = json || std::ranges::find(words, "--json") != words.end();
+        json = json || wantsJson;
         prepared.reply = mistake(std::string(prepared.entry->name) + ": " + error.what());
     }
     prepared.format = json ? Output::Format::json : Output::Format::text;

@@ -13,6 +13,7 @@
 #include "apps/zq/signIn.h"
 #include "host/engine/Engine.h"
 #include "host/engine/network/CurlNetwork.h"
+#include "host/engine/project/Project.h"
 #include "host/engine/tasks/TaskQueue.h"
 #include "host/modules/ModuleThreads.h"
 
@@ -69,13 +70,11 @@ public:
             std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
             options_.parse(reversed);
         } catch (CLI::CallForHelp const&) {
-            return answer(output, options_.help());
+            return answer(output, formatIn(arguments), "help", options_.help());
         } catch (CLI::CallForVersion const&) {
-            return answer(output, std::string("zq ") + version + "\n");
+            return answer(output, formatIn(arguments), "version", std::string("zq ") + version);
         } catch (CLI::ParseError const& error) {
-            bool const wantsJson = std::ranges::find(arguments, "--json") != arguments.end();
-            return reportUnusable(output, error.what(),
-                                  wantsJson ? Output::Format::json : Output::Format::text);
+            return reportUnusable(output, error.what(), formatIn(arguments));
         }
         arguments_.words = options_.remaining();
         arguments_.engine.home = home_;
@@ -94,10 +93,17 @@ public:
     [[nodiscard]] Arguments const& arguments() const noexcept { return arguments_; }
 
 private:
-    static int answer(Output& output, std::string text) {
+    // Where the arguments were not read to their end.
+    static Output::Format formatIn(std::vector<std::string> const& arguments) {
+        bool const wantsJson = std::ranges::find(arguments, "--json") != arguments.end();
+        return wantsJson ? Output::Format::json : Output::Format::text;
+    }
+
+    static int answer(Output& output, Output::Format format, char const* member, std::string const& text) {
         Reply reply;
-        reply.text = std::move(text);
-        output.print(reply, Output::Format::text);
+        reply.text = text.ends_with('\n') ? text : text + "\n";
+        reply.members = [member, text](JSON::Builder& json) { addText(json, member, text); };
+        output.print(reply, format);
         return output.isBroken() ? failed : succeeded;
     }
 
@@ -111,6 +117,10 @@ private:
 void warnOfProblems(Output const& output, engine::Engine& engine, engine::ModuleLoader const& modules) {
     for (std::string const& problem : engine.network().problems()) {
         output.warn(problem);
+    }
+    if (std::filesystem::path const damaged = engine.project().damagedFile(); !damaged.empty()) {
+        output.warn("the project was damaged: it is kept as " + damaged.string() +
+                    ", and a new one has begun");
     }
     for (engine::ModuleReport const& module : modules.reports()) {
         if (!module.loaded) {

@@ -29,6 +29,13 @@ bool isClipNumber(std::string_view text) {
     return !text.empty() && text.size() <= 18 && text.find_first_not_of("0123456789") == std::string::npos;
 }
 
+void requireClipNumber(std::string const& word) {
+    if (!isClipNumber(word)) {
+        throw CommandError("\"" + word +
+                           "\" is no clip's number: those have decimal digits only, 18 at most");
+    }
+}
+
 Session::Session(Surroundings surroundings) : surroundings_(std::move(surroundings)) {}
 
 iMediaFileRepository& Session::repository() const {
@@ -150,9 +157,7 @@ RemoteAsset Session::findAsset(std::string const& id) {
 }
 
 RemoteAsset Session::knownAsset(std::string const& id) {
-    if (!isClipNumber(id)) {
-        throw CommandError("\"" + id + "\" is no clip's number: those have decimal digits only");
-    }
+    requireClipNumber(id);
     WideString const wanted = wide(id);
     RemoteAsset const found = findAsset(id);
     if (assets_.contains(wanted)) {

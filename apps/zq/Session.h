@@ -21,6 +21,8 @@ namespace zq {
 
 // True for decimal digits, which a clip's number is made of.
 [[nodiscard]] bool isClipNumber(std::string_view text);
+// Throws CommandError for a word that is no clip's number.
+void requireClipNumber(std::string const& word);
 
 // Thread: the main thread.
 class Session {

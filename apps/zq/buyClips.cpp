@@ -1,6 +1,7 @@
 #include "apps/zq/buyClips.h"
 
 #include <set>
+#include <utility>
 
 #include "apps/zq/Reply.h"
 #include "apps/zq/Text.h"
@@ -21,10 +22,9 @@ std::string inWords(Purchase const& purchase, Payment payment, std::size_t count
                                                                          : "the service does not say why");
     }
     if (payment == Payment::cash) {
-        return (purchase.page.empty()
-                    ? "the payment page for " + clips(count) + " is open in the browser"
-                    : "no browser could be started; pay for " + clips(count) + " at " + purchase.page) +
-               "; what is paid there shows in \"owned\"";
+        return (purchase.browserStarted ? "the payment page for " + clips(count) + " opens in the browser: "
+                                        : "no browser could be started; pay for " + clips(count) + " at ") +
+               purchase.page + " ; what is paid there shows in \"owned\"";
     }
     return "bought " + clips(count) + " with credits" +
            (purchase.credits ? "; credits left: " + std::to_string(*purchase.credits) : "");
@@ -36,9 +36,7 @@ Purchase buyClips(Session& session, std::vector<std::string> const& ids, Payment
     LightweightVector<RemoteAsset> assets;
     std::set<std::string> seen;
     for (std::string const& id : ids) {
-        if (!isClipNumber(id)) {
-            throw CommandError("\"" + id + "\" is no clip's number: those have decimal digits only");
-        }
+        requireClipNumber(id);
         if (seen.insert(id).second) {
             RemoteAsset asset;
             asset.id = wide(id);
@@ -51,7 +49,9 @@ Purchase buyClips(Session& session, std::vector<std::string> const& ids, Payment
     purchase.code = payment == Payment::credits ? repository.requestCreditPurchase(assets)
                                                 : repository.requestExternalPurchase(assets);
     purchase.credits = session.credits();
-    purchase.page = session.engine().shell().takeUnopened();
+    engine::DesktopShell::Page page = session.engine().shell().takeLastPage();
+    purchase.page = std::move(page.address);
+    purchase.browserStarted = page.started;
     purchase.words = inWords(purchase, payment, seen.size(), watch);
     return purchase;
 }

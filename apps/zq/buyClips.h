@@ -20,7 +20,8 @@ struct Purchase {
 
     std::int32_t code = nothingBought;
     std::string words;                   // one line, in any case; not made plain
-    std::string page;                    // of the payment, where no browser could be started to show it
+    std::string page;                    // where to pay, of a payment in cash
+    bool browserStarted = false;         // and has been handed the page
     std::optional<std::int64_t> credits; // left on the account, where the service has told
 };
 

@@ -164,6 +164,7 @@ Result<std::unique_ptr<Engine>> Engine::start(EngineOptions const& options) {
 
 Engine::~Engine() {
     services_->queue.shutDown();
+    services_->streams.end(); // its thread lets go of objects, through the doors
     (void)installHost(before_);
 }
 

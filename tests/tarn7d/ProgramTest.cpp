@@ -204,7 +204,7 @@ TEST_F(ProgramTest, APurchaseSurvivesAKilledService) {
 }
 
 TEST_F(ProgramTest, MistakesAreToldAndEndTheProgram) {
-    EXPECT_NE(run({"--data", data_.string()}), 0);
+    EXPECT_EQ(run({"--data", data_.string()}), 2);
     EXPECT_THAT(errors(), HasSubstr("--footage"));
     EXPECT_NE(run({"--data", data_.string(), "--footage", (folder_.path() / "none").string()}), 0);
     EXPECT_THAT(errors(), HasSubstr("footage folder"));

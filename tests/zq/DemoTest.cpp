@@ -60,7 +60,7 @@ TEST_F(Demo, WalksTheWholeRoadAndWalksItAgain) {
 TEST_F(Demo, SaysALineForEachStep) {
     Finished const finished = run({"demo"});
     EXPECT_EQ(finished.status, 0) << finished.out << finished.err;
-    EXPECT_THAT(finished.out, testing::StartsWith("1 of 12  sign in: signed in as editor\n"));
+    EXPECT_THAT(finished.out, testing::StartsWith(" 1 of 12  sign in: signed in as editor\n"));
     EXPECT_THAT(finished.out, HasSubstr("\n12 of 12  render: "));
     EXPECT_EQ(finished.err, "");
 }

@@ -182,7 +182,7 @@ TEST_F(Fetch, TakesOwnedClipsOnly) {
     EXPECT_EQ(errorOf(lines[0]), "clip 424242 is not owned: zq buy 424242 --credits buys it");
     EXPECT_THAT(errorOf(lines[1]), HasSubstr("--owned"));
     EXPECT_THAT(errorOf(lines[2]), HasSubstr("--owned"));
-    EXPECT_THAT(errorOf(lines[3]), StartsWith("clip ../x is not owned"));
+    EXPECT_THAT(errorOf(lines[3]), StartsWith("\"../x\" is no clip's number"));
     EXPECT_EQ(lines[4], R"({"ok":true,"tasks":[]})");
 }
 

@@ -46,6 +46,15 @@ TEST(Commands, AllGiveHelp) {
     }
 }
 
+TEST(Commands, AreExplainedByHelpWithTheirName) {
+    EXPECT_EQ(prepare({"help", "play"}).reply.text, prepare({"play", "--help"}).reply.text);
+    EXPECT_EQ(prepare({"help", "help"}).reply.text, prepare({"help", "--help"}).reply.text);
+    EXPECT_EQ(prepare({"help", "serch"}).reply.error, prepare({"serch"}).reply.error);
+    EXPECT_EQ(prepare({"help", "play", "--json"}).format, Output::Format::json);
+    EXPECT_EQ(prepare(std::vector<std::string>(100'000, "help")).command, nullptr);
+    EXPECT_NE(prepare({"help"}).command, nullptr);
+}
+
 TEST(Commands, ThatAreMistypedAreGuessed) {
     EXPECT_EQ(prepare({"serch"}).reply.error, "there is no command \"serch\"; did you mean \"search\"?");
     EXPECT_EQ(prepare({"xyzzyxyzzy"}).reply.error,
@@ -58,6 +67,8 @@ TEST(Commands, RefuseArgumentsThatTheyDoNotKnow) {
     EXPECT_THAT(prepare({"search", "--page", "0"}).reply.error, HasSubstr("range"));
     EXPECT_THAT(prepare({"search", "--page", "65536"}).reply.error, HasSubstr("range"));
     EXPECT_THAT(prepare({"set", "0", "1"}).reply.error, HasSubstr("VALUE"));
+    EXPECT_EQ(prepare({"cancel", "-1"}).reply.error, "cancel: N: \"-1\" is no task's number");
+    EXPECT_EQ(prepare({"cancel", "-1"}).command, nullptr);
     EXPECT_THAT(prepare({"place", "7"}).reply.error, HasSubstr("--sequence"));
     EXPECT_THAT(prepare({"place", "7", "--sequence", "a", "--in", "-1"}).reply.error, HasSubstr("--in"));
     EXPECT_THAT(prepare({"place", "7", "--sequence", "a", "--out", "nan"}).reply.error, HasSubstr("--out"));

@@ -1,10 +1,13 @@
 // The built program without a service: its arguments, answers, exit statuses and modules.
 
 #include <gmock/gmock.h>
+#include <sys/wait.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
+#include "host/engine/files/WholeFile.h"
 #include "tests/zq/ProgramFixture.h"
 
 namespace {
@@ -53,6 +56,9 @@ TEST_F(Program, HelpsAndTellsItsVersionWithoutAHome) {
     Finished const version = run({"--version"});
     EXPECT_EQ(version.status, 0);
     EXPECT_THAT(version.out, StartsWith("zq "));
+    EXPECT_THAT(run({"--json", "--version"}).out,
+                testing::MatchesRegex("\\{\"ok\":true,\"version\":\"zq [0-9.]+\"\\}\n"));
+    EXPECT_THAT(run({"--json", "--help"}).out, StartsWith("{\"ok\":true,\"help\":\""));
 }
 
 TEST_F(Program, RefusesArgumentsThatItDoesNotKnow) {
@@ -68,6 +74,32 @@ TEST_F(Program, RefusesArgumentsThatItDoesNotKnow) {
     EXPECT_EQ(
         run({"--json", "serch"}).out,
         "{\"ok\":false,\"error\":\"there is no command \\\"serch\\\"; did you mean \\\"search\\\"?\"}\n");
+}
+
+TEST_F(Program, FailsWhereItsOutputIsClosedAndWritesItIntoNoOtherFile) {
+    configure({programFile("tarn7.zqd")});
+    std::string const command =
+        "'" + programFile("zq").native() + "' --home '" + home().native() + "' info >&- 2>/dev/null";
+    int const status = std::system(command.c_str());
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 1);
+    for (auto const& entry : fs::recursive_directory_iterator(home())) {
+        if (entry.is_regular_file()) {
+            std::optional<std::string> const content = engine::readWholeFile(entry.path(), 10 << 20);
+            EXPECT_THAT(content.value_or(""), Not(HasSubstr("nobody is signed in"))) << entry.path();
+        }
+    }
+    EXPECT_THAT(run({"info"}).out, HasSubstr("nobody is signed in"));
+}
+
+TEST_F(Program, SaysThatADamagedProjectWasSetAside) {
+    configure({programFile("tarn7.zqd")});
+    EXPECT_EQ(run({"edits"}).err, "");
+    std::ofstream(home() / "project.sqlite", std::ios::trunc) << "no project";
+    Finished const edits = run({"edits"});
+    EXPECT_EQ(edits.status, 0);
+    EXPECT_THAT(edits.err, StartsWith("zq: warning: the project was damaged: it is kept as "));
+    EXPECT_EQ(run({"edits"}).err, "");
 }
 
 TEST_F(Program, HelpsWithEveryCommand) {

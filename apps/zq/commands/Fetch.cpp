@@ -16,6 +16,7 @@ LightweightVector<RemoteAsset> choose(LightweightVector<RemoteAsset> const& owne
                                       std::vector<std::string> const& ids) {
     LightweightVector<RemoteAsset> chosen;
     for (std::string const& id : ids) {
+        requireClipNumber(id);
         auto const found = std::ranges::find(owned, wide(id), &RemoteAsset::id);
         if (found == owned.end()) {
             throw CommandError("clip " + id + " is not owned: zq buy " + id + " --credits buys it");

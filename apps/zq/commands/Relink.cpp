@@ -106,7 +106,8 @@ public:
         std::error_code error;
         fs::path const file = fs::absolute(file_, error);
         if (error || !fs::is_regular_file(file, error)) {
-            throw CommandError("there is no file " + file_);
+            throw CommandError(fs::is_directory(file, error) ? file_ + " is a folder and no file"
+                                                             : "there is no file " + file_);
         }
         engine::EditRecord const record = findEdit(session, edit_);
         engine::Project& project = check_ ? session.engine().project() : session.writableProject();

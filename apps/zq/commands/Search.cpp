@@ -9,6 +9,10 @@
 #include "apps/zq/commands/Commands.h"
 #include "apps/zq/terminal/Picture.h"
 #include "apps/zq/terminal/PlainText.h"
+#include "host/HostServices.h"
+#include "host/engine/Engine.h"
+#include "host/engine/network/CurlNetwork.h"
+#include "host/files/iCacheStore.h"
 #include "host/tasks/BackgroundTaskQueueBase.h"
 
 namespace zq {
@@ -22,6 +26,15 @@ std::string pictures(Session& session, SearchResults const& results) {
         return "no pictures: they need a terminal with 24-bit colours (COLORTERM=truecolor)\n";
     }
     int const limit = session.screen().columns;
+    // All at once: one by one, each picture would cost the distance to the server.
+    if (iCacheStore* const cache = installedHost().cache) {
+        std::vector<WideString> addresses;
+        for (RemoteAsset const& asset : results.assets) {
+            addresses.push_back(
+                session.base().describeRemoteLocation(asset, MediaFileRepositoryBase::eThumbnail));
+        }
+        session.engine().network().prefetch(addresses, *cache);
+    }
     std::string text;
     for (RemoteAsset const& asset : results.assets) {
         if (BackgroundTaskQueueBase::getCurrentTaskStatus() == iBackgroundTask::eCancelling) {

@@ -86,7 +86,8 @@ public:
 class Find final : public Command {
 public:
     void declare(CLI::App& options) override {
-        options.add_option("EDIT", edit_, "identity of the edit, as edits shows it")->required();
+        options.add_option("EDIT", edit_, "the edit, as edits shows it, or the number of its clip")
+            ->required();
     }
 
     Reply run(Session& session) override {

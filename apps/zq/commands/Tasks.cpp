@@ -91,10 +91,19 @@ private:
     bool wait_ = false;
 };
 
+// The complaint about a word that is no number of a task.
+std::string refuseOthers(std::string const& word) {
+    bool const isNumber = !word.empty() && word.find_first_not_of("0123456789") == std::string::npos;
+    return isNumber ? std::string() : "\"" + word + "\" is no task's number";
+}
+
 class Cancel final : public Command {
 public:
     void declare(CLI::App& options) override {
-        options.add_option("N", number_, "number of the task, as tasks shows it")->required();
+        options.add_option("N", number_, "number of the task, as tasks shows it")
+            ->required()
+            ->check(CLI::Validator(refuseOthers, "")) // the library would take -1 for the largest number
+            ->type_name("NUMBER");
     }
 
     Reply run(Session& session) override {

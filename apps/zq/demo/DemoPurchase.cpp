@@ -46,7 +46,7 @@ std::string DemoWalk::costStep() {
 
 std::string DemoWalk::buyStep() {
     if (toBuy_.empty()) {
-        return "nothing to buy: all three are owned";
+        return "nothing to buy: all of them are owned";
     }
     Purchase const purchase = buyClips(session_, toBuy_, Payment::credits);
     if (purchase.code == Purchase::refused) {
@@ -105,9 +105,8 @@ std::string DemoWalk::cancelledFetchStep() {
         }
     });
     task->store(fetch.task);
-    engine::TaskReport const report = waitForTask(session_, fetch.task, [&](engine::TaskReport const& now) {
-        showProgress(now.ended ? 1 : now.progress);
-    });
+    engine::TaskReport const report =
+        waitForTask(session_, fetch.task, [&](engine::TaskReport const& now) { showProgress(now.progress); });
     std::string const name = fetch.job->clips().front().name;
     FetchOutcome const outcome = fetch.job->outcome();
     if (report.status != iBackgroundTask::eCancelling && !outcome.failed.empty()) {

@@ -95,7 +95,8 @@ void DemoWalk::walk() {
 std::string DemoWalk::label(char const* name) const {
     auto const* const step = std::ranges::find(road, std::string_view(name), &Step::name);
     std::string const number = std::to_string(step - std::begin(road) + 1);
-    return number + " of " + std::to_string(std::size(road)) + "  " + name;
+    std::string const count = std::to_string(std::size(road));
+    return std::string(count.size() - number.size(), ' ') + number + " of " + count + "  " + name;
 }
 
 void DemoWalk::showProgress(double fraction) const {
@@ -142,7 +143,7 @@ std::string DemoWalk::searchStep() {
     }
     std::string names;
     for (RemoteAsset const& asset : chosen_) {
-        names += (names.empty() ? "" : ", ") + nameOf(asset);
+        names += std::string(names.empty() ? "" : ", ") + '"' + nameOf(asset) + '"'; // names may hold commas
     }
     return counted(results.totalCount, "clip") + "; chosen: " + names +
            (toBuy_.empty() ? " (everything is owned already)" : "");

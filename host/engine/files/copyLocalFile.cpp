@@ -3,48 +3,19 @@
 #include <vector>
 
 #include <cerrno>
-#include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "host/engine/files/FileDescriptor.h"
-#include "host/engine/files/WholeFile.h"
-#include "host/tasks/BackgroundTaskQueueBase.h"
+#include "host/engine/files/ReplacementFile.h"
+#include "host/engine/os/isTaskCancelled.h"
 
 namespace engine {
 
 namespace {
 
 constexpr std::size_t block_bytes = std::size_t{1} << 20;
-
-// A file beside the destination that becomes it, or goes away.
-class Replacement {
-public:
-    explicit Replacement(std::filesystem::path const& destination)
-        : name_((destination.parent_path() / std::string(unfinishedPrefix).append("XXXXXX")).native()),
-          file_(::mkostemp(name_.data(), O_CLOEXEC)) {}
-    ~Replacement() {
-        if (file_) {
-            ::unlink(name_.c_str());
-        }
-    }
-    Replacement(Replacement const&) = delete;
-    Replacement& operator=(Replacement const&) = delete;
-
-    [[nodiscard]] FileDescriptor const& file() const noexcept { return file_; }
-    [[nodiscard]] bool become(std::filesystem::path const& destination, bool overwrite) const {
-        if (::fchmod(file_.get(), 0644) != 0 || ::fdatasync(file_.get()) != 0) {
-            return false;
-        }
-        return overwrite ? ::rename(name_.c_str(), destination.c_str()) == 0
-                         : ::link(name_.c_str(), destination.c_str()) == 0;
-    }
-
-private:
-    std::string name_;
-    FileDescriptor file_;
-};
 
 } // namespace
 
@@ -59,14 +30,14 @@ iFileManager::eCopyRC copyLocalFile(std::filesystem::path const& source,
     if (destination.empty() || (!overwrite && ::access(destination.c_str(), F_OK) == 0)) {
         return iFileManager::eDestinationNotWritten;
     }
-    Replacement const replacement(destination);
+    ReplacementFile const replacement(destination);
     if (!replacement.file()) {
         return iFileManager::eDestinationNotWritten;
     }
     std::vector<char> block(block_bytes);
     std::uint64_t done = 0;
     for (;;) {
-        if (BackgroundTaskQueueBase::getCurrentTaskStatus() == iBackgroundTask::eCancelling) {
+        if (isTaskCancelled()) {
             return iFileManager::eCancelled;
         }
         ssize_t const count = ::read(from.get(), block.data(), block.size());

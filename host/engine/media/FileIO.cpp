@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <new>
 
-#include "host/tasks/BackgroundTaskQueueBase.h"
+#include "host/engine/os/isTaskCancelled.h"
 
 namespace engine {
 
@@ -13,10 +13,6 @@ namespace {
 constexpr int buffer_bytes = 32 * 1024;
 
 } // namespace
-
-bool FileIO::isCancelled() {
-    return BackgroundTaskQueueBase::getCurrentTaskStatus() == iBackgroundTask::eCancelling;
-}
 
 FileIO::FileIO(Zq::Ptr<iFile> file) : file_(std::move(file)) {
     auto* const buffer = static_cast<unsigned char*>(av_malloc(buffer_bytes));
@@ -33,7 +29,7 @@ FileIO::FileIO(Zq::Ptr<iFile> file) : file_(std::move(file)) {
 
 AVIOInterruptCB FileIO::interruption() noexcept {
     AVIOInterruptCB callback{};
-    callback.callback = [](void*) { return isCancelled() ? 1 : 0; };
+    callback.callback = [](void*) { return isTaskCancelled() ? 1 : 0; };
     return callback;
 }
 
@@ -59,13 +55,13 @@ std::int64_t FileIO::seek(void* self, std::int64_t offset, int whence) noexcept 
 }
 
 int FileIO::readBytes(std::uint8_t* bytes, int size) {
-    if (isCancelled()) {
+    if (isTaskCancelled()) {
         return AVERROR_EXIT;
     }
     std::int64_t const got = file_->read(bytes, static_cast<std::uint32_t>(size));
     if (got < 0) {
         failed_ = true;
-        return isCancelled() ? AVERROR_EXIT : AVERROR(EIO);
+        return isTaskCancelled() ? AVERROR_EXIT : AVERROR(EIO);
     }
     return got == 0 ? AVERROR_EOF : static_cast<int>(got);
 }

@@ -16,8 +16,6 @@ public:
     FileIO& operator=(FileIO const&) = delete;
 
     [[nodiscard]] AVIOContext* context() const noexcept { return context_.get(); }
-    // True when the task of the calling thread is being cancelled.
-    [[nodiscard]] static bool isCancelled();
     // Ends the library's waits when the calling task is cancelled.
     [[nodiscard]] static AVIOInterruptCB interruption() noexcept;
     // True when the file gave an error since the last time that this was forgotten. The library takes an

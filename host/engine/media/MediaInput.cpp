@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "host/engine/media/mediaContainers.h"
+#include "host/engine/os/isTaskCancelled.h"
 #include "host/engine/pictures/PictureDecoder.h"
 #include "host/files/iFileManager.h"
 #include "host/os/OS.h"
@@ -61,7 +62,7 @@ Result<std::unique_ptr<MediaInput>> MediaInput::open(Zq::Ptr<iFile> file) {
         return Failure{"the file cannot be opened"};
     }
     std::unique_ptr<MediaInput> input(new MediaInput(std::move(file)));
-    if (FileIO::isCancelled()) {
+    if (isTaskCancelled()) {
         return Failure{cancelled};
     }
     if (!input->openContainer() || !input->readStreams()) {
@@ -110,7 +111,7 @@ bool MediaInput::readStreams() {
     for (std::size_t i = 0; i < entries.size(); ++i) {
         *options[i].get() = entries[i];
     }
-    return error_ >= 0 && !FileIO::isCancelled() && !io_.hasFailed();
+    return error_ >= 0 && !isTaskCancelled() && !io_.hasFailed();
 }
 
 AVStream* MediaInput::picture() const noexcept {
@@ -131,7 +132,7 @@ void MediaInput::choose(AVStream const& stream) noexcept {
 
 MediaInput::Read MediaInput::read(AVPacket& packet) noexcept {
     for (;;) {
-        error_ = FileIO::isCancelled() ? AVERROR_EXIT : av_read_frame(container_.get(), &packet);
+        error_ = isTaskCancelled() ? AVERROR_EXIT : av_read_frame(container_.get(), &packet);
         if (error_ == 0 && packet.stream_index == chosen_) {
             return Read::packet;
         }
@@ -160,7 +161,7 @@ bool MediaInput::rewind(AVStream const& stream) noexcept {
 }
 
 std::string MediaInput::failure() const {
-    if (error_ == AVERROR_EXIT || FileIO::isCancelled()) {
+    if (error_ == AVERROR_EXIT || isTaskCancelled()) {
         return cancelled;
     }
     if (io_.hasFailed()) {

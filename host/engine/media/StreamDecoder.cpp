@@ -1,5 +1,6 @@
 #include "host/engine/media/StreamDecoder.h"
 
+#include "host/engine/os/isTaskCancelled.h"
 #include "host/engine/pictures/PictureDecoder.h"
 
 namespace engine {
@@ -54,7 +55,7 @@ StreamDecoder::Next StreamDecoder::next(AVFrame& frame) {
             failure_ = "there is not enough memory for this file";
             return Next::failed;
         }
-        if (FileIO::isCancelled() || (!ending_ && !feed())) {
+        if (isTaskCancelled() || (!ending_ && !feed())) {
             failure_ = fruitless_ > mostFruitless ? "no frame of it can be decoded" : input_->failure();
             return Next::failed;
         }

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "host/engine/network/CurlOption.h"
-#include "host/tasks/BackgroundTaskQueueBase.h"
+#include "host/engine/os/isTaskCancelled.h"
 
 namespace engine {
 
@@ -27,10 +27,6 @@ constexpr long unavailable = 503;
 
 // Origins that asked for patience in this call of fetch.
 using Impatient = std::set<std::string>;
-
-bool isCancelled() {
-    return BackgroundTaskQueueBase::getCurrentTaskStatus() == iBackgroundTask::eCancelling;
-}
 
 template <class Value>
 Value info(CURL* easy, CURLINFO what) {
@@ -171,7 +167,7 @@ public:
             if (running_.empty() && next_ == addresses_.size()) {
                 return;
             }
-            if (isCancelled()) {
+            if (isTaskCancelled()) {
                 return abandon("cancelled was the task that spoke to ");
             }
             curl_off_t const now = bytesMoved();
@@ -319,7 +315,7 @@ SmallFiles::SmallFiles(Connector const& connector, StatisticsTable& statistics)
 SmallFiles::~SmallFiles() = default;
 
 void SmallFiles::fetch(std::vector<std::string> const& addresses, Arrival const& arrival) {
-    if (!isCancelled()) {
+    if (!isTaskCancelled()) {
         Run(*this, addresses, arrival).drive();
     }
 }

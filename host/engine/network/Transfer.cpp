@@ -8,7 +8,7 @@
 #endif
 
 #include "host/engine/network/CurlOption.h"
-#include "host/tasks/BackgroundTaskQueueBase.h"
+#include "host/engine/os/isTaskCancelled.h"
 
 namespace engine {
 
@@ -20,10 +20,6 @@ constexpr int longestPoll_ms = 100; // between two looks at the task's state
 constexpr long answerBuffer = 100L << 10;
 constexpr long bulkBuffer = 512L << 10;
 constexpr long keptConnections = 4;
-
-bool isCancelled() {
-    return BackgroundTaskQueueBase::getCurrentTaskStatus() == iBackgroundTask::eCancelling;
-}
 
 template <class Value>
 Value info(CURL* easy, CURLINFO what) {
@@ -91,7 +87,7 @@ Transfer::Transfer(Connector const& connector, TransferKind kind)
 }
 
 TransferResult Transfer::run(TransferRequest const& request, iResponseSink& sink) {
-    if (isCancelled()) {
+    if (isTaskCancelled()) {
         return conclude(request, Ending::cancelled, CURLE_OK);
     }
     sink_ = &sink;
@@ -137,7 +133,7 @@ Transfer::Ending Transfer::drive() {
         if (running == 0) {
             return Ending::finished;
         }
-        if (isCancelled()) {
+        if (isTaskCancelled()) {
             return Ending::cancelled;
         }
         curl_off_t const now = bytesMoved();

@@ -103,19 +103,24 @@ bool DesktopShell::openInBrowser(WideString const& url) {
         int const error = program.empty() ? ENOENT : settings.start(program, *address, process);
         if (error == 0) {
             collectLater(process);
+            remember({*address, true});
             return true;
         }
         Log("The browser \"%s\" could not be started: %s", program.c_str(),
             std::generic_category().message(error).c_str());
     }
-    std::lock_guard const lock(mutex_);
-    unopened_ = *address;
+    remember({*address, false});
     return false;
 }
 
-std::string DesktopShell::takeUnopened() {
+void DesktopShell::remember(Page page) {
     std::lock_guard const lock(mutex_);
-    return std::exchange(unopened_, {});
+    lastPage_ = std::move(page);
+}
+
+DesktopShell::Page DesktopShell::takeLastPage() {
+    std::lock_guard const lock(mutex_);
+    return std::exchange(lastPage_, {});
 }
 
 WideString DesktopShell::getStandardFolder(int number) {

@@ -20,14 +20,21 @@ public:
     // Makes the media folder where it is not there yet.
     WideString getStandardFolder(int number) override;
 
-    // The last address that no browser could be started for, so that its user can open it elsewhere; empty
-    // where there is none, and after it was asked for.
-    [[nodiscard]] std::string takeUnopened();
+    // What openInBrowser was last asked for, so that its user can open it elsewhere: a browser that was
+    // started may show nothing, as where there is no desktop. Empty where there is none, and after it was
+    // asked for.
+    struct Page {
+        std::string address;
+        bool started = false; // a browser
+    };
+    [[nodiscard]] Page takeLastPage();
 
 private:
+    void remember(Page page);
+
     std::filesystem::path const media_;
     std::mutex mutex_;
-    std::string unopened_;
+    Page lastPage_;
 };
 
 } // namespace engine

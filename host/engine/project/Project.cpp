@@ -52,6 +52,10 @@ bool Project::canWrite() const noexcept {
     return guarded(false, [this] { return state_->canWrite(); });
 }
 
+std::filesystem::path Project::damagedFile() const noexcept {
+    return guarded(std::filesystem::path(), [this] { return state_->damagedFile(); });
+}
+
 Zq::Ptr<Edit> Project::makeNewClip(std::uint8_t videoChannels, std::uint8_t audioChannels, double duration_s,
                                    Zq::FrameRate rate, Cookie const& cookie) {
     return guarded(Zq::Ptr<Edit>(), [&] {

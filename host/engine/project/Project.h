@@ -46,6 +46,8 @@ public:
     // False where another process holds the project, or this one cannot write it. Where the one that held it
     // has ended, asking makes this one the writer, as the first change does.
     [[nodiscard]] bool canWrite() const noexcept;
+    // Where a damaged file was set aside, so that its user can be told; empty where none was.
+    [[nodiscard]] std::filesystem::path damagedFile() const noexcept;
 
     // iEditStore. A new clip is temporary, and a temporary edit is in memory only: it is kept, with all that
     // belongs to it, by setTemporary(false), by placing it or by relinking it, and stays kept from then on. A

@@ -14,7 +14,8 @@ namespace {
 using Access = ProjectTables::Access;
 
 // With the locks for opening and for writing held.
-std::unique_ptr<ProjectTables> openForWriting(std::filesystem::path const& file) {
+std::unique_ptr<ProjectTables> openForWriting(std::filesystem::path const& file,
+                                              std::filesystem::path& damaged) {
     try {
         return std::make_unique<ProjectTables>(file, Access::write);
     } catch (DatabaseError const& error) {
@@ -24,6 +25,7 @@ std::unique_ptr<ProjectTables> openForWriting(std::filesystem::path const& file)
         }
         Log("The project %s is damaged (%s): it is kept as %s, and a new one begins", file.c_str(),
             error.what(), kept.filename().c_str());
+        damaged = kept;
     }
     return std::make_unique<ProjectTables>(file, Access::write);
 }
@@ -47,12 +49,17 @@ Result<std::shared_ptr<ProjectState>> ProjectState::open(std::filesystem::path c
         auto state = std::make_shared<ProjectState>(error ? file : real, std::move(inspect));
         FileDescriptor const opening = lockForOpening(state->file_);
         state->writer_ = tryToLockForWriting(state->file_);
-        state->tables_ = state->writer_ ? openForWriting(state->file_)
+        state->tables_ = state->writer_ ? openForWriting(state->file_, state->damaged_)
                                         : std::make_unique<ProjectTables>(state->file_, Access::read);
         return state;
     } catch (std::exception const& error) {
         return Failure{"the project " + file.native() + " cannot be opened: " + error.what()};
     }
+}
+
+std::filesystem::path ProjectState::damagedFile() {
+    std::lock_guard const lock(mutex_);
+    return damaged_;
 }
 
 void ProjectState::close() noexcept {
@@ -81,7 +88,7 @@ std::string ProjectState::takeOver() {
             return "the project is open in another process";
         }
         FileDescriptor const opening = lockForOpening(file_);
-        tables_ = openForWriting(file_);
+        tables_ = openForWriting(file_, damaged_);
         writer_ = std::move(writer);
         return {};
     } catch (std::exception const& error) {

@@ -23,6 +23,7 @@ public:
     // Keeps what open edits have changed, and lets go of the file. Nothing can be read or changed after it.
     void close() noexcept;
     [[nodiscard]] bool canWrite();
+    [[nodiscard]] std::filesystem::path damagedFile();
 
     [[nodiscard]] Zq::Ptr<Edit> makeNewClip(EditRecord record);
     [[nodiscard]] Zq::Ptr<Edit> openEdit(Cookie const& cookie);
@@ -101,6 +102,7 @@ private:
     std::unique_ptr<ProjectTables> tables_; // null when closed
     HeldEdits held_;
     std::int64_t lastSerial_ = 0;
+    std::filesystem::path damaged_; // what was set aside
     std::map<Cookie, Result<RelinkReport>> relinkings_;
 };
 

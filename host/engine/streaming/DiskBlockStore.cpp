@@ -3,6 +3,7 @@
 #include <array>
 #include <bit>
 #include <cerrno>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -70,6 +71,12 @@ FileDescriptor openRegular(std::filesystem::path const& path, int flags) {
     return file;
 }
 
+std::optional<StoreHeader> headerIn(FileDescriptor const& index) {
+    std::string bytes(StoreHeader::size_bytes, '\0');
+    bytes.resize(readAt(index.get(), bytes.data(), bytes.size(), 0));
+    return StoreHeader::decode(bytes);
+}
+
 // False also when the name stands for another file by now.
 bool isStillNamed(FileDescriptor const& file, std::filesystem::path const& path) {
     struct stat opened {};
@@ -95,8 +102,13 @@ std::unique_ptr<DiskBlockStore> DiskBlockStore::open(std::filesystem::path const
         if (!isStillNamed(index, indexPath)) {
             continue;
         }
+        // The blocks have a lock of their own: an index that somebody removed leaves its lock with its holder
+        // alone, and what that one reads must not be written over.
         FileDescriptor data = openRegular(path, O_CREAT);
-        return data ? std::make_unique<DiskBlockStore>(std::move(data), std::move(index)) : nullptr;
+        if (!data || ::flock(data.get(), LOCK_EX | LOCK_NB) != 0) {
+            return nullptr;
+        }
+        return std::make_unique<DiskBlockStore>(std::move(data), std::move(index));
     }
     return nullptr;
 }
@@ -115,9 +127,12 @@ bool DiskBlockStore::remove(std::filesystem::path const& path) {
 }
 
 std::optional<StoreHeader> DiskBlockStore::header() const {
-    std::string bytes(StoreHeader::size_bytes, '\0');
-    bytes.resize(readAt(index_.get(), bytes.data(), bytes.size(), 0));
-    return StoreHeader::decode(bytes);
+    return headerIn(index_);
+}
+
+bool DiskBlockStore::isStore(std::filesystem::path const& path) {
+    FileDescriptor const index = openRegular(indexOf(path), 0);
+    return index && headerIn(index).has_value();
 }
 
 void DiskBlockStore::keep(StoreHeader const& header) {
@@ -236,6 +251,17 @@ bool DiskBlockStore::put(std::uint64_t block, std::string_view bytes) {
     ByteRange const range = bytesOfBlock(block, total_bytes_);
     if (range.size() != bytes.size()) {
         return false;
+    }
+    // A write behind the end of a file that somebody has cut would fill with zeros what was checked before.
+    struct stat status {};
+    if (::fstat(data_.get(), &status) != 0) {
+        return false;
+    }
+    if (std::cmp_not_equal(status.st_size, total_bytes_)) {
+        checked_.clear();
+        if (::ftruncate(data_.get(), static_cast<off_t>(total_bytes_)) != 0) {
+            return false;
+        }
     }
     Word const word = wordOf(bytes);
     if (!writeAt(data_.get(), bytes.data(), bytes.size(), static_cast<off_t>(range.begin)) ||

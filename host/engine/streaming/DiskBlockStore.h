@@ -24,6 +24,8 @@ public:
     [[nodiscard]] static std::unique_ptr<DiskBlockStore> open(std::filesystem::path const& path);
     // The index that belongs to a file of blocks.
     [[nodiscard]] static std::filesystem::path indexOf(std::filesystem::path const& path);
+    // True where the index is one of these, whoever has it open.
+    [[nodiscard]] static bool isStore(std::filesystem::path const& path);
     // Removes both files unless they are open. True when they are gone.
     [[nodiscard]] static bool remove(std::filesystem::path const& path);
 

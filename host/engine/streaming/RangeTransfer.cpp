@@ -30,7 +30,8 @@ std::string_view trimmed(std::string_view text) {
 }
 
 bool isNamed(std::string_view name, char const* wanted) {
-    return curl_strnequal(name.data(), wanted, name.size()) != 0 && wanted[name.size()] == '\0';
+    return name.size() == std::string_view(wanted).size() &&
+           curl_strnequal(name.data(), wanted, name.size()) != 0;
 }
 
 } // namespace

@@ -233,7 +233,8 @@ iRangeClient::Flow StreamSession::received(RangeJob& job, std::string_view bytes
     std::lock_guard const lock(mutex_);
     core_->counters.bytesReceived += bytes.size();
     if (job.draining) {
-        return Flow::go;
+        job.cursor += bytes.size();
+        return job.cursor <= job.end ? Flow::go : Flow::leave;
     }
     if (job.generation != generation_ || !job.answered) {
         return Flow::leave;
@@ -371,7 +372,9 @@ void StreamSession::failReaders(RangeJob const& job, StreamError const& error) {
         if (!waits) {
             reader->ahead.stop();
         } else if (lacking.contains(reader->want.begin)) {
-            bool const again = isWorthRepeating(error) && (job.progressed || reader->failures == 0);
+            // A stream begins anew at the beginning: that it brought blocks does not bring it further.
+            bool const comesFurther = job.progressed && job.kind != RangeJob::Kind::stream;
+            bool const again = isWorthRepeating(error) && (comesFurther || reader->failures == 0);
             reader->failures += again ? 1 : 0;
             if (!again) {
                 reader->error = error;

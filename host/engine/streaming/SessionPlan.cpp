@@ -167,7 +167,8 @@ void StreamSession::planStream(Plan& plan, std::size_t room) {
         }
     }
     auto const waits = [this](StreamReader const* reader) {
-        return reader->generation == generation_ && !reader->want.isEmpty() && !reader->error;
+        return reader->generation == generation_ && !reader->want.isEmpty() && !reader->error &&
+               !isThere(reader->want.begin);
     };
     if (stream != nullptr && stream->answered && hasPassedAReader(*stream)) {
         leave(plan, *stream);

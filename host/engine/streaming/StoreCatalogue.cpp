@@ -138,10 +138,13 @@ void StoreCatalogue::addUnknownStoresOf(std::filesystem::path const& folder) {
     for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
          entry.increment(error)) {
         std::string const name = entry->path().native();
-        if (name.ends_with(indexSuffix)) {
-            add.bind(1, std::string_view(name).substr(0, name.size() - std::string_view(".idx").size()));
-            add.bind(2, modified_us(entry->path()));
-            add.run();
+        if (!name.ends_with(indexSuffix)) {
+            continue;
+        }
+        // Another program may name its files so too: they are not ours to remove.
+        std::string const store = name.substr(0, name.size() - std::string_view(".idx").size());
+        if (DiskBlockStore::isStore(store)) {
+            add.bind(1, std::string_view(store)).bind(2, modified_us(entry->path())).run();
         }
     }
     transaction.commit();

@@ -1,5 +1,7 @@
 #include "host/engine/streaming/StoreHeader.h"
 
+#include <utility>
+
 #include "host/engine/streaming/ByteRange.h"
 #include "host/engine/streaming/Crc32c.h"
 
@@ -92,7 +94,12 @@ std::optional<StoreHeader> StoreHeader::decode(std::string_view bytes) {
         return std::nullopt;
     }
     header.content.validator.kind = static_cast<Validator::Kind>(kind);
-    return header;
+    // It goes into requests: what no server can have sent is not sent to one.
+    Validator const& validator = header.content.validator;
+    bool const isDate = validator.kind == Validator::Kind::lastModified;
+    bool const canBe =
+        isDate ? validatorOf({}, validator.text) == validator : validatorOf(validator.text, {}) == validator;
+    return canBe ? std::optional(std::move(header)) : std::nullopt;
 }
 
 } // namespace engine

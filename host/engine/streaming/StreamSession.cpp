@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "host/engine/crypto/Digest.h"
+#include "host/engine/os/isTaskCancelled.h"
 #include "host/engine/streaming/DiskBlockStore.h"
 #include "host/engine/streaming/MemoryBlockStore.h"
-#include "host/tasks/BackgroundTaskQueueBase.h"
 #include "host/text/Unicode.h"
 
 namespace engine {
@@ -25,10 +25,6 @@ StreamError changedError() {
 }
 
 } // namespace
-
-bool isTaskCancelled() {
-    return BackgroundTaskQueueBase::getCurrentTaskStatus() == iBackgroundTask::eCancelling;
-}
 
 std::optional<StreamSource> StreamSource::of(Zq::Ptr<iHTTPServer> const& server, WideString const& remoteName,
                                              std::filesystem::path cachePath) {
@@ -57,8 +53,8 @@ void StreamSession::attach(StreamReader& reader) {
     readers_.push_back(&reader);
     if (phase_ == Phase::idle || phase_ == Phase::missing) {
         ++generation_; // whoever saw that it was missing is not to read what comes now
-        beginAsking();
         try {
+            beginAsking();
             wakeLoop();
         } catch (...) {
             readers_.pop_back();
@@ -277,6 +273,17 @@ bool StreamSession::isThere(std::uint64_t position) {
     return store_ && store_->presence(blockOf(position), 1)[0];
 }
 
+// The first answers are under way before anything is read: to wait for them tells nothing of how the reader
+// goes on.
+bool StreamSession::comesWithTheProbe(std::uint64_t position) const {
+    return std::ranges::any_of(jobs_, [&](std::unique_ptr<RangeJob> const& job) {
+        bool const isProbe = job->kind == RangeJob::Kind::head || job->kind == RangeJob::Kind::tail;
+        ByteRange const rest = job->rest();
+        return isProbe && job->generation == generation_ && rest.contains(position) &&
+               position - rest.begin <= PlanLimits::join_bytes;
+    });
+}
+
 std::size_t StreamSession::takeArriving(std::uint64_t position, std::span<char> out) const {
     for (std::unique_ptr<RangeJob> const& job : jobs_) {
         if (job->generation == generation_ && job->answered &&
@@ -338,10 +345,10 @@ StreamSession::ReadResult StreamSession::read(StreamReader& reader, std::uint64_
             }
             continue;
         }
-        if (!missed) {
-            missed = true;
+        if (!missed && !comesWithTheProbe(next)) {
             reader.ahead.miss();
         }
+        missed = true;
         reader.want = {next, position + out.size()};
         wakeLoop();
         while (reader.generation == generation_ && !reader.error && !result.error && !isThere(next) &&

@@ -35,9 +35,6 @@ struct StreamSource {
     of(Zq::Ptr<iHTTPServer> const& server, WideString const& remoteName, std::filesystem::path cachePath);
 };
 
-// True while the calling task is being cancelled.
-[[nodiscard]] bool isTaskCancelled();
-
 // Shared by its readers' threads and the loop, whichever lets go last: hence std::shared_ptr.
 class StreamSession final : public iRangeClient, public std::enable_shared_from_this<StreamSession> {
 public:
@@ -101,6 +98,7 @@ private:
 
     [[nodiscard]] StreamError waitABit(Lock& lock);
     [[nodiscard]] bool isThere(std::uint64_t position);
+    [[nodiscard]] bool comesWithTheProbe(std::uint64_t position) const;
     [[nodiscard]] std::size_t takeArriving(std::uint64_t position, std::span<char> out) const;
 
     [[nodiscard]] bool isRunning(RangeJob::Kind kind) const;

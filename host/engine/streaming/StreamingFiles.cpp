@@ -27,6 +27,10 @@ StreamingFiles::StreamingFiles(std::filesystem::path const& catalogue, std::uint
 
 StreamingFiles::~StreamingFiles() = default;
 
+void StreamingFiles::end() noexcept {
+    implementation_->core->end();
+}
+
 Zq::Ptr<StreamingFile> StreamingFiles::create(Zq::Ptr<iHTTPServer> const& server,
                                               WideString const& remoteName, WideString,
                                               WideString const& cachePath) {

@@ -27,13 +27,17 @@ public:
     // when libcurl cannot be used.
     StreamingFiles(std::filesystem::path const& catalogue, std::uint64_t limit_bytes,
                    StreamingOptions options = {});
-    // Ends all requests. Files that are still held fail from then on.
+    // As end().
     ~StreamingFiles() override;
 
     // Null for a server that the engine did not make, for an empty name, and without memory or a thread.
     [[nodiscard]] Zq::Ptr<StreamingFile> create(Zq::Ptr<iHTTPServer> const& server,
                                                 WideString const& remoteName, WideString source,
                                                 WideString const& cachePath) override;
+
+    // Ends all requests and waits until they have ended: no thread of its own uses the host from then on.
+    // Files that are still held fail.
+    void end() noexcept;
 
     [[nodiscard]] StreamingStatistics statistics() const;
 

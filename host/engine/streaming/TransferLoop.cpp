@@ -4,6 +4,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "host/log/Log.h"
+
 namespace engine {
 
 namespace {
@@ -67,13 +69,17 @@ bool TransferLoop::takeWoken(std::vector<std::shared_ptr<iRangeClient>>& woken) 
 void TransferLoop::run() {
     std::vector<std::shared_ptr<iRangeClient>> woken;
     while (takeWoken(woken)) {
-        for (std::shared_ptr<iRangeClient> const& client : woken) {
-            serve(client);
+        try {
+            for (std::shared_ptr<iRangeClient> const& client : woken) {
+                serve(client);
+            }
+            int running = 0;
+            curl_multi_perform(multi_.get(), &running);
+            collect();
+            endStalled();
+        } catch (std::exception const& failure) {
+            Log("A request of a streamed file was not dealt with: %s", failure.what());
         }
-        int running = 0;
-        curl_multi_perform(multi_.get(), &running);
-        collect();
-        endStalled();
         woken.clear(); // a file that is of no more use ends here, not after the wait
         curl_multi_poll(multi_.get(), nullptr, 0, patience_ms(), nullptr);
     }

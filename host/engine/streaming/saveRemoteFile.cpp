@@ -3,14 +3,10 @@
 #include <algorithm>
 #include <vector>
 
-#include <cstdio>
-#include <fcntl.h>
-#include <stdlib.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include "host/engine/files/FileDescriptor.h"
-#include "host/engine/files/WholeFile.h"
+#include "host/engine/files/ReplacementFile.h"
+#include "host/engine/os/isTaskCancelled.h"
 #include "host/engine/streaming/RemoteFile.h"
 
 namespace engine {
@@ -18,37 +14,6 @@ namespace engine {
 namespace {
 
 constexpr std::size_t step_bytes = std::size_t{1} << 20;
-
-// A file beside the destination that becomes it, or goes away.
-class Replacement {
-public:
-    explicit Replacement(std::filesystem::path const& destination)
-        : name_((destination.parent_path() / std::string(unfinishedPrefix).append("XXXXXX")).native()),
-          file_(::mkostemp(name_.data(), O_CLOEXEC)) {}
-    ~Replacement() {
-        if (file_) {
-            ::unlink(name_.c_str());
-        }
-    }
-    Replacement(Replacement const&) = delete;
-    Replacement& operator=(Replacement const&) = delete;
-
-    [[nodiscard]] FileDescriptor const& file() const noexcept { return file_; }
-    [[nodiscard]] bool startAnew() const {
-        return ::ftruncate(file_.get(), 0) == 0 && ::lseek(file_.get(), 0, SEEK_SET) == 0;
-    }
-    [[nodiscard]] bool become(std::filesystem::path const& destination, bool overwrite) const {
-        if (::fchmod(file_.get(), 0644) != 0 || ::fdatasync(file_.get()) != 0) {
-            return false;
-        }
-        return overwrite ? ::rename(name_.c_str(), destination.c_str()) == 0
-                         : ::link(name_.c_str(), destination.c_str()) == 0;
-    }
-
-private:
-    std::string name_;
-    FileDescriptor file_;
-};
 
 struct Outcome {
     iFileManager::eCopyRC code = iFileManager::eCopied;
@@ -61,7 +26,7 @@ Outcome failed(StreamError const& error, iFileManager::eCopyRC code) {
 }
 
 Outcome transfer(std::shared_ptr<StreamingCore> const& core, StreamSource const& source,
-                 Replacement const& replacement, iFileManager::ProgressCallback progress) {
+                 ReplacementFile const& replacement, iFileManager::ProgressCallback progress) {
     AttachedReader reader(core, source);
     StreamSession::Opened const opened = reader.open(StreamSession::Retry::never);
     if (opened.error) {
@@ -100,7 +65,7 @@ iFileManager::eCopyRC saveRemoteFile(std::shared_ptr<StreamingCore> const& core,
     if (destination.empty() || (!overwrite && ::access(destination.c_str(), F_OK) == 0)) {
         return iFileManager::eDestinationNotWritten;
     }
-    Replacement const replacement(destination);
+    ReplacementFile const replacement(destination);
     if (!replacement.file()) {
         return iFileManager::eDestinationNotWritten;
     }

@@ -134,14 +134,24 @@ TEST_F(DesktopShell, ABrowserThatIsNotThereIsAFailureWithALogLine) {
     EXPECT_EQ(log_.count("could not be started"), 1);
 }
 
-TEST_F(DesktopShell, AnAddressThatNoBrowserOpenedIsKeptUntilItIsAskedFor) {
-    test::EnvironmentVariable const browser("ZQ_BROWSER", (folder_.path() / "missing").c_str());
+TEST_F(DesktopShell, TheLastAddressIsKeptUntilItIsAskedFor) {
     engine::DesktopShell shell(folder_.path());
-    EXPECT_EQ(shell.takeUnopened(), "");
-    EXPECT_FALSE(shell.openInBrowser(L"https://a.example/pay"));
+    EXPECT_EQ(shell.takeLastPage().address, "");
+    {
+        test::EnvironmentVariable const browser("ZQ_BROWSER", (folder_.path() / "missing").c_str());
+        EXPECT_FALSE(shell.openInBrowser(L"https://a.example/pay"));
+    }
     EXPECT_FALSE(shell.openInBrowser(L"javascript:alert(1)"));
-    EXPECT_EQ(shell.takeUnopened(), "https://a.example/pay");
-    EXPECT_EQ(shell.takeUnopened(), "");
+    engine::DesktopShell::Page const unseen = shell.takeLastPage();
+    EXPECT_EQ(unseen.address, "https://a.example/pay");
+    EXPECT_FALSE(unseen.started);
+    EXPECT_EQ(shell.takeLastPage().address, "");
+
+    test::EnvironmentVariable const browser("ZQ_BROWSER", "true");
+    EXPECT_TRUE(shell.openInBrowser(L"https://a.example/again"));
+    engine::DesktopShell::Page const shown = shell.takeLastPage();
+    EXPECT_EQ(shown.address, "https://a.example/again");
+    EXPECT_TRUE(shown.started);
 }
 
 TEST_F(DesktopShell, WithoutXdgOpenTheFirstProgramOfBrowserIsTaken) {

@@ -39,10 +39,12 @@ protected:
         EXPECT_TRUE(project().canWrite());
         EXPECT_EQ(log.count("is damaged"), 1);
         ASSERT_FALSE(setAsideFile().empty());
+        EXPECT_EQ(project().damagedFile(), setAsideFile());
         EXPECT_EQ(engine::readWholeFile(setAsideFile(), 10 << 20), before);
         makeKeptClip(1, L"new");
         reopen();
         EXPECT_EQ(project().edits().size(), 1U);
+        EXPECT_EQ(project().damagedFile(), fs::path());
     }
     engine::Result<std::unique_ptr<engine::Project>> tryToOpen(fs::path const& path) {
         return engine::Project::open(path, nullptr);

@@ -107,6 +107,50 @@ TEST_F(StreamStore, AStoreThatIsCutWhileItIsOpenIsFetchedAgain) {
     EXPECT_TRUE(same(readAll(file), bytes));
 }
 
+TEST_F(StreamStore, WhatWasCutIsNotServedAsZerosAfterALaterBlockCame) {
+    engine::StoreHeader header;
+    header.content.total_bytes = 4 * engine::block_bytes;
+    auto const store = engine::DiskBlockStore::open(cachePath());
+    ASSERT_TRUE(store && store->reset(header));
+    std::string const block(engine::block_bytes, 'x');
+    ASSERT_TRUE(store->put(0, block));
+    std::filesystem::resize_file(cachePath(), 0);
+    ASSERT_TRUE(store->put(2, block));
+    std::string got(engine::block_bytes, '\0');
+    EXPECT_EQ(store->read(0, got), 0u);
+    EXPECT_EQ(store->read(2 * engine::block_bytes, got), got.size());
+    EXPECT_TRUE(same(got, block));
+}
+
+TEST_F(StreamStore, AnotherFileLeavesAStoreAloneWhoseIndexWasRemovedWhileItIsOpen) {
+    std::string const other = test::mediaBytes(bytes.size(), 99);
+    media.put("/other.mov", {other});
+    auto const file = open("clip.mov");
+    ASSERT_TRUE(same(readAll(file), bytes));
+    std::filesystem::remove(cachePath("clip.partial.idx"));
+    EXPECT_TRUE(same(readAll(open("other.mov")), other));
+    EXPECT_TRUE(same(readAll(file), bytes));
+}
+
+TEST(StoreHeader, AValidatorThatNoServerCanHaveSentIsNotRead) {
+    engine::StoreHeader header;
+    header.content = {1, {engine::Validator::Kind::strongETag, "\"a\"\r\nX: \"b\""}, true};
+    EXPECT_FALSE(engine::StoreHeader::decode(header.encode()));
+    header.content.validator.text = "\"a\"";
+    EXPECT_TRUE(engine::StoreHeader::decode(header.encode()));
+}
+
+TEST_F(StreamStore, FilesOfAnotherProgramAreNotRemoved) {
+    for (char const* const name : {"else.partial", "else.partial.idx"}) {
+        std::ofstream(cachePath(name)) << std::string(10'000, 'p');
+    }
+    limit_bytes = 1;
+    ASSERT_TRUE(same(readAll(open("clip.mov")), bytes));
+    restart();
+    EXPECT_TRUE(std::filesystem::exists(cachePath("else.partial")));
+    EXPECT_TRUE(std::filesystem::exists(cachePath("else.partial.idx")));
+}
+
 TEST_F(StreamStore, ALinkInTheStoresPlaceIsNotFollowed) {
     std::filesystem::path const victim = folder.path() / "victim";
     std::ofstream(victim) << "precious";
