@@ -3,10 +3,6 @@
 #include <algorithm>
 #include <stdexcept>
 
-#ifndef _WIN32
-#include <sys/socket.h>
-#endif
-
 #include "host/engine/network/CurlOption.h"
 #include "host/engine/os/isTaskCancelled.h"
 
@@ -65,6 +61,7 @@ Transfer::Transfer(Connector const& connector, TransferKind kind)
     curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, keptConnections);
     CURL* const easy = easy_.get();
     connector_.configure(easy);
+    sockets_.watch(easy);
     setOption(easy, CURLOPT_ERRORBUFFER, detail_.data());
     setOption(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     setOption(easy, CURLOPT_HEADERFUNCTION, &Transfer::header);
@@ -116,6 +113,8 @@ void Transfer::prepare(TransferRequest const& request) {
         setOption(easy, CURLOPT_POSTFIELDS, nullptr);
         setOption(easy, CURLOPT_HTTPGET, 1L);
     }
+    // A connection that the server has ended would cost a request that is sent once only.
+    setOption(easy, CURLOPT_FRESH_CONNECT, sockets_.isOneSpeaking() ? 1L : 0L);
     setOption(easy, CURLOPT_URL, request.url.c_str());
     setOption(easy, CURLOPT_HTTPHEADER, request.headers);
     setOption(easy, CURLOPT_USERAGENT, request.userAgent.c_str());
@@ -209,7 +208,7 @@ bool Transfer::wouldSendTwice() noexcept {
 curl_socket_t Transfer::openSocket(void* self, curlsocktype, curl_sockaddr* address) {
     return static_cast<Transfer*>(self)->wouldSendTwice()
                ? CURL_SOCKET_BAD
-               : socket(address->family, address->socktype, address->protocol);
+               : static_cast<Transfer*>(self)->sockets_.open(*address);
 }
 
 int Transfer::beforeRequest(void* self, char*, char*, int, int) {

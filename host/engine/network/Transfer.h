@@ -11,6 +11,7 @@
 #include <curl/curl.h>
 
 #include "host/engine/network/Connector.h"
+#include "host/engine/network/KeptSockets.h"
 #include "host/engine/network/ResponseSink.h"
 
 namespace engine {
@@ -73,6 +74,7 @@ private:
     static int beforeRequest(void* self, char*, char*, int, int);
 
     Connector const& connector_;
+    KeptSockets sockets_; // outlives the handles, which close them
     std::unique_ptr<CURLM, MultiFree> multi_;
     std::unique_ptr<CURL, EasyFree> easy_; // after multi_: it ends first
     std::array<char, CURL_ERROR_SIZE> detail_{};

@@ -1,6 +1,10 @@
 // TLS, and the ways by which a named server is reached.
 
+#include <array>
+#include <cstdio>
 #include <fstream>
+#include <iterator>
+#include <thread>
 
 #include "apps/tarn7d/CertificateAuthority.h"
 #include "tests/engine/network/NetworkFixture.h"
@@ -53,6 +57,28 @@ TEST_F(SecureServer, IsReachedByItsNameThroughTheConnectSetting) {
     EXPECT_EQ(bodyOf(one->postForm(L"api={}", L"?page=api")), "api={}");
     EXPECT_TRUE(network().problems().empty());
     EXPECT_EQ(network().statistics()[0].server, std::string("https://") + serverName);
+    EXPECT_EQ(lastError(), "");
+}
+
+// Waits until the server has ended a connection that this process has not: the system's table then says
+// CLOSE_WAIT, 8, with the server's port on the far side.
+void waitUntilServerHasClosed(std::uint16_t port) {
+    std::array<char, 16> end{};
+    std::snprintf(end.data(), end.size(), ":%04X 08", static_cast<unsigned>(port));
+    std::string table;
+    do {
+        std::this_thread::yield();
+        std::ifstream stream("/proc/net/tcp");
+        table.assign(std::istreambuf_iterator<char>(stream), {});
+    } while (table.find(end.data()) == std::string::npos);
+}
+
+TEST_F(SecureServer, TakesAFormAlsoWhenItHasEndedTheKeptConnectionInBetween) {
+    web.routes().set_keep_alive_timeout(0);
+    auto const one = server(serverName, true);
+    ASSERT_EQ(bodyOf(one->postForm(L"n=1", L"/")), "n=1");
+    waitUntilServerHasClosed(web.port());
+    EXPECT_EQ(bodyOf(one->postForm(L"n=2", L"/")), "n=2");
     EXPECT_EQ(lastError(), "");
 }
 
