@@ -9,7 +9,6 @@
 #include "host/engine/log/SpdlogSink.h"
 #include "host/engine/media/MediaFacts.h"
 #include "host/engine/network/CurlNetwork.h"
-#include "host/engine/os/ActionCounts.h"
 #include "host/engine/os/DesktopShell.h"
 #include "host/engine/os/SystemClock.h"
 #include "host/engine/os/TaskContext.h"
@@ -68,7 +67,6 @@ struct Engine::Services {
         services.tasks = &tasks;
         services.edits = project.get();
         services.externalIds = project.get();
-        services.actions = &actions;
         services.streams = &streams;
         return services;
     }
@@ -86,7 +84,6 @@ struct Engine::Services {
     PictureDecoder images;
     StreamingFiles streams;
     TaskContext tasks;
-    ActionCounts actions;
     std::unique_ptr<Project> const project;
     TaskQueue queue; // the last: its tasks use the others
 };
