@@ -1,7 +1,6 @@
 #include "host/HostServices.h"
 
 #include <cstdlib>
-#include <utility>
 
 #include "host/object/HostAllocated.h"
 #include "host/object/RefCounts.h"
@@ -36,6 +35,13 @@ Service& everlasting() noexcept {
 
 HostServices services;
 
+// What stays the same is not written: a thread that uses only such services may go on.
+template <class... Service>
+void changeTo(HostServices const& next, Service* HostServices::*... place) noexcept {
+    static_assert(sizeof...(place) * sizeof(void*) == sizeof(HostServices), "every service is in the list");
+    ((services.*place != next.*place ? static_cast<void>(services.*place = next.*place) : void()), ...);
+}
+
 } // namespace
 
 iMemory::~iMemory() = default;
@@ -43,7 +49,14 @@ iRefCounts::~iRefCounts() = default;
 iShell::~iShell() = default;
 
 HostServices installHost(HostServices const& next) noexcept {
-    return std::exchange(services, next);
+    HostServices const before = services;
+    changeTo(next, &HostServices::memory, &HostServices::refCounts, &HostServices::files,
+             &HostServices::shell, &HostServices::security, &HostServices::network,
+             &HostServices::preferences, &HostServices::configuration, &HostServices::strings,
+             &HostServices::log, &HostServices::json, &HostServices::clock, &HostServices::cache,
+             &HostServices::images, &HostServices::tasks, &HostServices::edits, &HostServices::externalIds,
+             &HostServices::actions, &HostServices::streams);
+    return before;
 }
 
 HostServices const& installedHost() noexcept {

@@ -6,8 +6,10 @@
 #include "host/edit/EditManager.h"
 #include "host/files/Paths.h"
 #include "host/files/iCacheStore.h"
+#include "host/network/OSPrivate.h"
 #include "host/object/ExtIDMgr.h"
 #include "host/os/OS.h"
+#include "host/os/iShell.h"
 #include "host/preferences/EditorPreferences.h"
 #include "host/text/Unicode.h"
 
@@ -57,6 +59,14 @@ MediaFileRepositoryBase::~MediaFileRepositoryBase() = default;
 void MediaFileRepositoryBase::disconnect() {
     ServiceConnection.setServer({});
     searchResultCache.clear();
+}
+
+std::int32_t MediaFileRepositoryBase::connectTo(HTTPConnectionInfo const& info) {
+    Zq::Ptr<iHTTPServer> const server = OSPrivate().network().createHTTPServer(info);
+    if (server) {
+        ServiceConnection.setServer(server);
+    }
+    return isConnected() ? 0 : 11;
 }
 
 bool MediaFileRepositoryBase::isConnected() const {
@@ -131,6 +141,12 @@ Zq::Ptr<iHostImage> MediaFileRepositoryBase::getThumbnail(RemoteAsset const& ass
 WideString MediaFileRepositoryBase::downloadThumbnail(RemoteAsset const& asset) {
     WideString const address = getRemoteLocation(asset, eThumbnail);
     return address.isEmpty() ? WideString() : thumbnails_.fetch(address, parseURI(address));
+}
+
+void MediaFileRepositoryBase::provideFiles(iFileProvider& provider) {
+    OS().fileManager().registerProvider(provider);
+    providerPointer = &provider;
+    thumbInit();
 }
 
 void MediaFileRepositoryBase::thumbInit() {
@@ -241,6 +257,27 @@ WideString MediaFileRepositoryBase::getLocalMediaLocation(RemoteAsset const& ass
     }
     return partialFolder + OS().fileManager().pathSeparator() +
            stripPathAndExt(fixForeignOSFileName(place.path)) + L".partial";
+}
+
+WideString MediaFileRepositoryBase::mediaFolderPath(std::wstring_view folder, RemoteAsset const& asset) {
+    // The host's text of its folder ends in a separator.
+    WideString place = OS().shell().getStandardFolder(iShell::mediaFolder);
+    place.append(folder);
+    return joinPaths(place, asset.id + L'.' + asset.mediaExtension);
+}
+
+MediaFileRepositoryBase::LocalMedia MediaFileRepositoryBase::useLocalMedia(RemoteAsset const& asset,
+                                                                           EditModifier const& edit) const {
+    // Looked up as the contract has it. The answer is not needed: a service knows the clip by the asset's id.
+    Cookie const cookie = edit->getCookie();
+    (void)ExtIDMgr::instance().getAssociatedID(cookie, getShortName());
+
+    LocalMedia local{getLocalMediaLocation(asset, eFullMedia), false};
+    local.isThere = OS().fileManager().fileExists(local.path);
+    if (local.isThere) {
+        replaceProxyMedia(edit.open(), local.path);
+    }
+    return local;
 }
 
 WideString MediaFileRepositoryBase::getDownloadFolder() const {

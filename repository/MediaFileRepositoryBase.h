@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <set>
+#include <string_view>
 
 #include "host/network/ServiceConnection.h"
 #include "host/object/Notifier.h"
@@ -100,9 +101,25 @@ public:
     void handleProjectExit() override;
 
 protected:
-    // Prepares what thumbnails and streams need on disk. Called by a resource right after it has set
-    // providerPointer.
+    // What a resource calls while it is being built: registers its provider with the host's file layer, makes
+    // it providerPointer, and prepares what thumbnails and streams need on disk.
+    void provideFiles(iFileProvider& provider);
+    // Prepares what thumbnails and streams need on disk. Needs providerPointer.
     void thumbInit();
+
+    // What a resource answers to `connect`: a server made from the record replaces the one before. 0 when
+    // connected then, 11 when not.
+    [[nodiscard]] std::int32_t connectTo(HTTPConnectionInfo const& info);
+    // The place of an asset's full media in the host's media folder, below the folder of that word.
+    [[nodiscard]] static WideString mediaFolderPath(std::wstring_view folder, RemoteAsset const& asset);
+
+    struct LocalMedia {
+        WideString path;
+        bool isThere; // before this call, whether or not the host then took it
+    };
+    // The asset's full media on this machine. Where it is there, it is handed to the edit as it is; the host
+    // may refuse it.
+    LocalMedia useLocalMedia(RemoteAsset const& asset, EditModifier const& edit) const;
 
     class ::ServiceConnection ServiceConnection;
     SearchResultCache searchResultCache;

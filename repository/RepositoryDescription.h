@@ -21,3 +21,7 @@ struct RepositoryDescription {
     WideString logo;        // a file name
     float thumbnailAspect = 16.0F / 9.0F;
 };
+
+// The legal notice: the lead, which ends in its blank, and behind it a link to the terms. The lead is rich
+// text, the address is not. Thread: any.
+[[nodiscard]] ZQ_API WideString makeTermsNotice(WideString const& lead, WideString const& termsAddress);

@@ -5,9 +5,9 @@
 #include <set>
 #include <vector>
 
+#include "host/json/NumberMembers.h"
 #include "host/text/Numbers.h"
 #include "tarn7/Command.h"
-#include "tarn7/ItemReader.h"
 
 namespace {
 
@@ -18,7 +18,7 @@ Ids idsOf(JSON::Element const& items) {
     Ids ids;
     std::uint16_t const count = items.getNumChildren();
     for (std::uint16_t i = 0; i < count; ++i) {
-        auto const number = static_cast<std::uint32_t>(tarn7::numberMember(*items.getChild(i), "id"));
+        auto const number = static_cast<std::uint32_t>(JSON::getInt32(*items.getChild(i), "id"));
         ids.insert(Zq::WStringFromInteger(number));
     }
     return ids;

@@ -2,7 +2,7 @@
 
 #include "host/edit/UIStateManager.h"
 #include "host/files/Paths.h"
-#include "host/object/ExtIDMgr.h"
+#include "host/network/serverAt.h"
 #include "host/os/OS.h"
 #include "host/resources/resourceStr.h"
 #include "host/tasks/BackgroundTaskQueueBase.h"
@@ -49,14 +49,8 @@ bool Tarn7Resource::fetchFullMedia(LightweightVector<RemoteAsset> const& assets,
 bool Tarn7Resource::fetchMedia(RemoteAsset const& asset, EditModifier const& edit, LoggerHandle const& log) {
     WideString const name = edit->getName();
     log.write(name, LoggerBase::ePlain);
-    // The host is told which edit this is about; the service knows the clip by the asset's own id.
-    Cookie const cookie = edit->getCookie();
-    (void)ExtIDMgr::instance().getAssociatedID(cookie, getShortName());
-
-    WideString const path = getLocalMediaLocation(asset, eFullMedia);
-    iFileManager& files = OS().fileManager();
-    if (files.fileExists(path)) {
-        replaceProxyMedia(edit.open(), path);
+    LocalMedia const local = useLocalMedia(asset, edit);
+    if (local.isThere) {
         return true;
     }
 
@@ -78,17 +72,18 @@ bool Tarn7Resource::fetchMedia(RemoteAsset const& asset, EditModifier const& edi
         return false;
     }
 
-    files.createDirectory(getPath(path));
+    iFileManager& files = OS().fileManager();
+    files.createDirectory(getPath(local.path));
     UIStateManager::instance().recordAction(eUIActionType::downloadMedia);
-    log.write(path, LoggerBase::ePlain);
+    log.write(local.path, LoggerBase::ePlain);
     log.incIndent();
     log.write(resourceStrW(downloading), LoggerBase::eTransferStarts);
-    int const status = transferTo(path, address, log);
+    int const status = transferTo(local.path, address, log);
     if (status == 200) {
-        replaceProxyMedia(edit.open(), path);
+        replaceProxyMedia(edit.open(), local.path);
     } else {
         writeFailure(log, name, status);
-        files.deleteFile(path);
+        files.deleteFile(local.path);
     }
     log.decIndent();
     // Bytes that could not be fetched do not count: the service has given the clip.
@@ -97,10 +92,7 @@ bool Tarn7Resource::fetchMedia(RemoteAsset const& asset, EditModifier const& edi
 
 int Tarn7Resource::transferTo(WideString const& path, WideString const& address, LoggerHandle const& log) {
     ParsedURI const place = parseURI(address);
-    HTTPConnectionInfo info;
-    info.server = place.server;
-    info.secure = place.secure;
-    Zq::Ptr<iHTTPServer> const server = OSPrivate().network().createHTTPServer(info);
+    Zq::Ptr<iHTTPServer> const server = serverAt(place);
     if (!server) {
         return 0;
     }

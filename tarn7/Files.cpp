@@ -2,6 +2,7 @@
 
 #include "host/files/Paths.h"
 #include "host/files/StreamingFile.h"
+#include "host/network/serverAt.h"
 #include "host/os/OS.h"
 #include "tarn7/Tarn7Resource.h"
 
@@ -27,13 +28,7 @@ WideString Tarn7Resource::mapPathForWriting(WideString const& path) const {
 
 Zq::Ptr<iFile> Tarn7Resource::openFile(WideString const& path, int, int, int, int) {
     ParsedURI const address = parseURI(path);
-    if (!address.valid()) {
-        return {};
-    }
-    HTTPConnectionInfo connection;
-    connection.server = address.server;
-    connection.secure = address.secure;
-    Zq::Ptr<iHTTPServer> const server = OSPrivate().network().createHTTPServer(connection);
+    Zq::Ptr<iHTTPServer> const server = serverAt(address);
     if (!server) {
         return {};
     }

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "host/json/NumberMembers.h"
 #include "host/text/Unicode.h"
-#include "tarn7/ItemReader.h"
 #include "tarn7/ItemTexts.h"
 #include "tarn7/Tarn7Resource.h"
 
@@ -97,7 +97,7 @@ constexpr VideoStandard videoStandards[] = {
 constexpr VideoStandard otherStandard{-1, "", Describe::bySize, ScanMode::progressive};
 
 VideoStandard const& videoStandard(JSON::Element const& item) {
-    auto const number = static_cast<std::int16_t>(tarn7::numberMember(item, "vs"));
+    auto const number = static_cast<std::int16_t>(JSON::getInt32(item, "vs"));
     auto const* const found = std::ranges::find(videoStandards, number, &VideoStandard::number);
     return found != std::end(videoStandards) ? *found : otherStandard;
 }
@@ -158,7 +158,7 @@ NarrowString tarn7::formatText(JSON::Element const& item) {
     NarrowString text;
     text.reserve(16 + static_cast<std::uint32_t>(codec.size()));
     if (standard.describe == Describe::bySize) {
-        appendSize(text, numberMember(item, "ox"), numberMember(item, "oy"));
+        appendSize(text, JSON::getInt32(item, "ox"), JSON::getInt32(item, "oy"));
     } else {
         text += standard.text;
     }
@@ -178,8 +178,8 @@ WideString Tarn7Resource::getFormatDescription(Item const& item) {
 
 ShotVideoMetadata Tarn7Resource::getVideoMetadata(RemoteAsset const& asset) {
     Item const& item = JSON::orEmpty(Zq::dynamicCast<Item>(asset.payload));
-    std::int32_t const height = tarn7::numberMember(item, "oy");
-    std::int32_t const width = tarn7::numberMember(item, "ox");
+    std::int32_t const height = JSON::getInt32(item, "oy");
+    std::int32_t const width = JSON::getInt32(item, "ox");
     Format const format = getImageFormat(item);
     auto const aspect =
         isFourByThree(item) ? Zq::Image::AspectRatio::fourByThree : Zq::Image::AspectRatio::sixteenByNine;

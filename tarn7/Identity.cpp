@@ -6,7 +6,6 @@
 #include "host/files/iFileManager.h"
 #include "host/network/RequestUri.h"
 #include "host/os/OS.h"
-#include "host/web/HTMLUtils.h"
 #include "tarn7/Tarn7Resource.h"
 
 RepositoryDescription Tarn7Resource::getDescription() const {
@@ -15,10 +14,8 @@ RepositoryDescription Tarn7Resource::getDescription() const {
     description.summary =
         L"Bring your vision to life, without compromise.  Find inspiration by searching the "
         L"largest library of royalty-free HD and 4k stock video.";
-    WideString const terms = HTMLUtils::makeLink(L"Terms of Service", addPartnerTags(Tarn7TermsURL));
     description.legalNotice =
-        HTMLUtils::addParagraphTags(HTMLUtils::incidentalText(L"All Tarn7 clips are subject to the " + terms),
-                                    HTMLUtils::screenDefault, HTMLUtils::screenDefault);
+        makeTermsNotice(L"All Tarn7 clips are subject to the ", addPartnerTags(Tarn7TermsURL));
     description.shortName = L"T7";
     description.webLink = addPartnerTags(Tarn7HomeURL);
     description.connection.server = Tarn7Server;

@@ -1,8 +1,6 @@
 // How a Tarn7Resource comes to life.
 
-#include "host/files/iFileManager.h"
 #include "host/object/ExtIDMgr.h"
-#include "host/os/OS.h"
 #include "host/preferences/EditorPreferences.h"
 #include "tarn7/Tarn7Resource.h"
 
@@ -17,9 +15,7 @@ Tarn7Resource::Tarn7Resource()
     : ZqResourceTypeBase("Tarn7", ZqResourceType::mediaFileRepository, resourceTag) {
     ExtIDMgr::instance(); // exists from here on; relinking relies on it
     digestService = OSPrivate().security().getHash();
-    OS().fileManager().registerProvider(*this);
-    providerPointer = this;
-    thumbInit();
+    provideFiles(*this);
     hqProxies = prefs().getPreference("T7 HQ Proxies", true);
 }
 

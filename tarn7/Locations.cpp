@@ -1,8 +1,5 @@
 // Where the files of a clip are: on the service's servers, and on this machine.
 
-#include "host/files/Paths.h"
-#include "host/os/OS.h"
-#include "host/os/iShell.h"
 #include "host/web/URIBuilder.h"
 #include "tarn7/Tarn7Resource.h"
 
@@ -42,7 +39,5 @@ WideString Tarn7Resource::getLocalMediaLocation(RemoteAsset const& asset, eMedia
     if (mediaKind != eFullMedia) {
         return MediaFileRepositoryBase::getLocalMediaLocation(asset, mediaKind);
     }
-    // The host's text of the folder ends in its separator.
-    WideString const folder = OS().shell().getStandardFolder(iShell::mediaFolder) + L"Tarn7";
-    return joinPaths(folder, asset.id + L'.' + asset.mediaExtension);
+    return mediaFolderPath(L"Tarn7", asset);
 }

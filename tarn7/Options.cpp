@@ -9,6 +9,7 @@
 #include "host/parameters/Listener.h"
 #include "host/preferences/EditorPreferences.h"
 #include "host/resources/resourceStr.h"
+#include "repository/ResultList.h"
 #include "tarn7/FilterChoices.h"
 #include "tarn7/Tarn7Resource.h"
 
@@ -128,12 +129,7 @@ LogAttribute Tarn7Resource::getDurationAttribute() {
 }
 
 LightweightVector<LogAttribute> Tarn7Resource::getLogAttributes() const {
-    LightweightVector<LogAttribute> columns{
-        LogAttribute(LogAttribute::eName), LogAttribute(LogAttribute::eFormat),
-        LogAttribute(LogAttribute::eFrameRate), LogAttribute(LogAttribute::ePrice), getDurationAttribute()};
-    columns.front().setDisplayName(UIString(resourceStrW(10663)));
-    for (LogAttribute& column : columns) {
-        column.flags &= ~std::uint32_t{LogAttribute::eEditable};
-    }
-    return columns;
+    return resultColumns({LogAttribute(LogAttribute::eName), LogAttribute(LogAttribute::eFormat),
+                          LogAttribute(LogAttribute::eFrameRate), LogAttribute(LogAttribute::ePrice),
+                          getDurationAttribute()});
 }

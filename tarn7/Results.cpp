@@ -1,9 +1,9 @@
 // The answer of a search as assets of the host.
 
-#include <cmath>
-
+#include "host/json/NumberMembers.h"
 #include "host/resources/resourceStr.h"
 #include "host/text/Unicode.h"
+#include "repository/ResultList.h"
 #include "tarn7/DisplayColumns.h"
 #include "tarn7/ItemReader.h"
 #include "tarn7/ItemTexts.h"
@@ -11,14 +11,6 @@
 namespace {
 
 constexpr std::uint16_t largestPageCount = 275; // the service serves no page behind it
-
-// Made once for a page of results.
-struct LogColumns {
-    LogAttribute name{LogAttribute::eName};
-    LogAttribute clipId{LogAttribute::eClipId};
-    LogAttribute source{LogAttribute::eSource};
-    LogAttribute price{LogAttribute::ePrice};
-};
 
 // The rate that a decimal number of the item means; the text is read where it lies.
 Zq::FrameRate rateOf(JSON::Element const& item, std::string_view key) {
@@ -29,11 +21,7 @@ void setPageFigures(SearchResults& results, JSON::Element const& reply, std::uin
     // Both figures are 16 bits wide in the contract: a larger count keeps its low bits.
     results.totalCount =
         static_cast<std::uint16_t>(Zq::truncatedTo32Bits(reply.getFloat("tot_nbr_rows", -1.0F)));
-    if (pageSize == 0) {
-        return; // no number of pages holds the clips
-    }
-    float const pages = std::ceil(static_cast<float>(results.totalCount) / static_cast<float>(pageSize));
-    results.pageCount = static_cast<std::uint16_t>(pages);
+    results.pageCount = countPages(results.totalCount, pageSize);
     if (results.pageCount > largestPageCount) {
         results.pageCount = largestPageCount;
         results.totalCount = static_cast<std::uint16_t>(pageSize * largestPageCount);
@@ -52,15 +40,15 @@ SearchResults Tarn7Resource::searchInternal(SearchQuery const& query) {
     iconBase = reply->getWString("icon_base");
     previewBase = reply->getWString("flv_base");
 
-    LogColumns const columns;
+    ClipAttributes const attributes(getShortName(), "Tarn7");
+    LogAttribute const price(LogAttribute::ePrice);
     WideString const extension = getFileExtension();
-    NarrowString const shortName = toUTF8(getShortName());
     std::uint16_t const count = items->getNumChildren();
     results.assets.reserve(count);
     for (std::uint16_t i = 0; i < count; ++i) {
         Zq::Ptr<Item> const item = items->getChild(i);
         RemoteAsset& asset = results.assets.emplace_back();
-        std::int32_t const number = tarn7::numberMember(*item, "id");
+        std::int32_t const number = JSON::getInt32(*item, "id");
         asset.id = Zq::WStringFromInteger(number);
         asset.mediaExtension = extension;
         asset.payload = item;
@@ -70,13 +58,8 @@ SearchResults Tarn7Resource::searchInternal(SearchQuery const& query) {
         asset.proxyLocation = makeVirtualPath(getRemoteLocation(asset, ePreview));
         asset.proxyExtension = extension;
 
-        asset.logAttributes.reserve(4);
-        asset.logAttributes.add(columns.name, item->getString("n"));
-        NarrowString clipId = shortName;
-        Zq::appendInteger(clipId, number);
-        asset.logAttributes.add(columns.clipId, std::move(clipId));
-        asset.logAttributes.add(columns.source, "Tarn7");
-        asset.logAttributes.add(columns.price, tarn7::priceText(*item));
+        attributes.addTo(asset, item->getString("n"), number);
+        asset.logAttributes.add(price, tarn7::priceText(*item));
 
         Tarn7ClipData const data{rateOf(*item, "fps_real"),
                                  static_cast<double>(tarn7::milliseconds(*item, "dur")) / 1000.0};
@@ -89,8 +72,8 @@ SearchResults Tarn7Resource::searchInternal(SearchQuery const& query) {
     tarn7::DisplayColumns display;
     for (RemoteAsset& asset : results.assets) {
         // A price that is shown stands in the log attributes already.
-        display.addTo(asset, isPurchased(asset) ? toUTF8(getPriceText(asset))
-                                                : asset.logAttributes.find(columns.price));
+        display.addTo(asset,
+                      isPurchased(asset) ? toUTF8(getPriceText(asset)) : asset.logAttributes.find(price));
     }
     setPageFigures(results, *reply, query.pageSize);
     return results;

@@ -2,50 +2,21 @@
 
 #include "ServiceValues.h"
 #include "host/json/Builder.h"
+#include "host/json/NumberMembers.h"
 #include "host/preferences/EditorPreferences.h"
 #include "host/resources/resourceStr.h"
-#include "host/text/Unicode.h"
 #include "host/web/HTMLUtils.h"
+#include "repository/SignInForm.h"
 #include "tarn7/Command.h"
-#include "tarn7/ItemReader.h"
 
 namespace {
 
 constexpr char lastUser[] = "T7 User";
 
-WideString typedValue(configb const& form, char const* key) {
-    NarrowString value;
-    form.in(key, value); // an absent key leaves the value empty, and the service refuses it
-    return fromUTF8(value);
-}
-
 } // namespace
 
 WideString Tarn7Resource::getLoginForm() {
-    JSON::Builder form;
-    form.startChild(nullptr);
-    form.startArray(nullptr);
-
-    form.startChild(nullptr);
-    form.add("name", L"username", true);
-    form.add("legend", L"Username", true);
-    form.add("type", L"text", true);
-    form.add("hint", L"[ type your username ]", true);
-    form.add("value", prefs().getPreference(lastUser, L""), true);
-    form.endChild();
-
-    form.startChild(nullptr);
-    form.add("name", L"password", true);
-    form.add("legend", L"Password", true);
-    form.add("type", L"text", true);
-    form.add("obfuscated", L"true", false);
-    form.add("advance", L"true", false);
-    form.add("hint", L"[ type your password ]", true);
-    form.endChild();
-
-    form.endArray();
-    form.endChild();
-    return form.getOutput();
+    return makeSignInForm(lastUser);
 }
 
 WideString Tarn7Resource::getLoginLinkForm() {
@@ -86,8 +57,8 @@ std::int32_t Tarn7Resource::login(configb const& values) {
     }
     // Both numbers are taken even if the first is missing: an earlier user then keeps the name and sends -1,
     // which the service refuses, until somebody signs in.
-    sessionContext = tarn7::numberMember(*reply, "cx");
-    sessionMarker = tarn7::numberMember(*reply, "cm");
+    sessionContext = JSON::getInt32(*reply, "cx");
+    sessionMarker = JSON::getInt32(*reply, "cm");
     if (sessionContext == -1) {
         return 17;
     }

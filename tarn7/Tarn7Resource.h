@@ -4,9 +4,10 @@
 // sign-in, options, search request, results, formats, clip data, locations, files, edits, cart, purchases,
 // owned media, download, transport.
 //
-// Thread: repository. Nothing here is locked but the refill of purchasedIds.
+// Thread: repository; openFile: any. Nothing here is locked but the refill of purchasedIds.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 
@@ -125,7 +126,7 @@ protected:
     WideString iconBase;          // base URL of thumbnails, from the last answer that had one
     WideString previewBase;       // the same of previews
     std::map<std::uint32_t, Tarn7ClipData> clipCache;
-    bool hqProxies = true;
+    std::atomic<bool> hqProxies = true; // files are opened on any thread
     std::int32_t sessionContext = -1;
     std::int32_t sessionMarker = -1;
 

@@ -11,11 +11,7 @@
 #include "tarn7/Command.h"
 
 std::int32_t Tarn7Resource::connect(HTTPConnectionInfo const& info, LoggerHandle) {
-    Zq::Ptr<iHTTPServer> const server = OSPrivate().network().createHTTPServer(info);
-    if (server) {
-        ServiceConnection.setServer(server);
-    }
-    return isConnected() ? 0 : 11;
+    return connectTo(info);
 }
 
 WideString Tarn7Resource::signedHash(WideString const& text) const {

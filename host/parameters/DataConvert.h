@@ -18,5 +18,10 @@ namespace DataConvert {
 [[nodiscard]] ZQ_API bool convert(WideString const& text, bool& value);
 [[nodiscard]] ZQ_API bool convert(WideString const& text, std::int32_t& value);
 [[nodiscard]] ZQ_API bool convert(WideString const& text, std::uint32_t& value);
+// Every text is one.
+[[nodiscard]] inline bool convert(WideString const& text, WideString& value) {
+    value = text;
+    return true;
+}
 
 } // namespace DataConvert

@@ -7,8 +7,8 @@
 
 namespace GenericParam {
 
-// Value is std::int32_t or bool. The owner stays its own: it outlives every parameter that has the listener.
-// A text that is no Value calls nobody.
+// Value is std::int32_t, bool or WideString. The owner stays its own: it outlives every parameter that has
+// the listener. A text that is no Value calls nobody.
 template <class Owner, class Value>
 class Listener final : public iValueChangeHandler {
 public:

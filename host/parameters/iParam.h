@@ -26,7 +26,7 @@ public:
     // value is the one already there. False, with nothing changed and nobody called, when the text is no
     // value of this parameter or a constraint forbids it.
     [[nodiscard]] virtual bool setValueFromString(WideString const& text) = 0;
-    // "int" or "bool".
+    // "int", "bool" or "text".
     [[nodiscard]] virtual NarrowString getValueType() const = 0;
     // Not unique: two parameters may have one id.
     [[nodiscard]] virtual NarrowString getID() const = 0;

@@ -5,15 +5,11 @@
 
 #include "host/HostServices.h"
 #include "host/files/iFileManager.h"
-#include "host/text/Unicode.h"
+#include "tests/fake_host/Texts.h"
 
 namespace fake {
 
 namespace {
-
-std::string narrow(WideString const& text) {
-    return std::string(toUTF8(text).view());
-}
 
 std::string figure(double value) {
     char text[32];
@@ -129,7 +125,7 @@ public:
         return read("getPreviewLocation", &EditState::previewLocation);
     }
     void setPreviewLocation(WideString const& path) override {
-        write("setPreviewLocation " + narrow(path), &EditState::previewLocation, path);
+        write("setPreviewLocation " + utf8(path), &EditState::previewLocation, path);
     }
     WideString getMediaLocation() const override {
         return read("getMediaLocation", &EditState::mediaLocation);
@@ -209,7 +205,7 @@ Zq::Ptr<Edit> Edits::open(Cookie const& cookie) {
 }
 
 bool Edits::useMedia(Edit& edit, WideString const& path) {
-    record.note("useMedia " + narrow(path));
+    record.note("useMedia " + utf8(path));
     auto* const stored = dynamic_cast<StoredEdit*>(&edit);
     if (stored == nullptr || !isMedia(path)) {
         return false;
@@ -254,7 +250,7 @@ void Edits::remove(Cookie const& cookie) {
 }
 
 WideString ExternalIds::find(Cookie const& object, WideString const& kind) {
-    record.note("find " + narrow(kind));
+    record.note("find " + utf8(kind));
     std::lock_guard const lock(mutex_);
     auto const found = std::ranges::find_if(associations_, [&](Association const& known) {
         return known.object == object && known.kind == kind;
@@ -263,7 +259,7 @@ WideString ExternalIds::find(Cookie const& object, WideString const& kind) {
 }
 
 Cookie ExternalIds::findObject(WideString const& kind, WideString const& id) {
-    record.note("findObject " + narrow(kind) + " " + narrow(id));
+    record.note("findObject " + utf8(kind) + " " + utf8(id));
     std::lock_guard const lock(mutex_);
     auto const found =
         std::find_if(associations_.rbegin(), associations_.rend(),
@@ -272,7 +268,7 @@ Cookie ExternalIds::findObject(WideString const& kind, WideString const& id) {
 }
 
 void ExternalIds::associate(Cookie const& object, WideString const& kind, WideString const& id) {
-    record.note("associate " + narrow(kind) + " " + narrow(id));
+    record.note("associate " + utf8(kind) + " " + utf8(id));
     std::lock_guard const lock(mutex_);
     std::erase_if(associations_,
                   [&](Association const& known) { return known.object == object && known.kind == kind; });

@@ -3,15 +3,11 @@
 #include <algorithm>
 #include <string_view>
 
-#include "host/text/Unicode.h"
+#include "tests/fake_host/Texts.h"
 
 namespace fake {
 
 namespace {
-
-std::string narrow(WideString const& text) {
-    return std::string(toUTF8(text).view());
-}
 
 class Reply final : public iHTTPReply {
 public:
@@ -28,17 +24,17 @@ private:
 class Server final : public iHTTPServer {
 public:
     Server(Network& network, HTTPConnectionInfo const& info)
-        : network_(network), server_(narrow(info.server)), secure_(info.secure != 0) {}
+        : network_(network), server_(utf8(info.server)), secure_(info.secure != 0) {}
 
     Zq::Ptr<iHTTPReply> get(WideString const& path) override {
-        return replyTo({Request::Method::get, server_, narrow(path), {}, secure_});
+        return replyTo({Request::Method::get, server_, utf8(path), {}, secure_});
     }
     Zq::Ptr<iHTTPReply> postForm(WideString const& body, WideString const& path) override {
-        return replyTo({Request::Method::post, server_, narrow(path), narrow(body), secure_});
+        return replyTo({Request::Method::post, server_, utf8(path), utf8(body), secure_});
     }
     int httpGetToReceiver(WideString const& path, iDataReceiver& receiver) override {
         std::optional<Answer> const answer =
-            network_.ask({Request::Method::get, server_, narrow(path), {}, secure_});
+            network_.ask({Request::Method::get, server_, utf8(path), {}, secure_});
         if (!answer) {
             return 0;
         }

@@ -2,16 +2,12 @@
 
 #include "host/os/OS.h"
 #include "host/tasks/BackgroundTaskQueueBase.h"
-#include "host/text/Unicode.h"
 #include "tests/fake_host/FakeNetwork.h"
+#include "tests/fake_host/Texts.h"
 
 namespace fake {
 
 namespace {
-
-std::string narrow(WideString const& text) {
-    return std::string(toUTF8(text).view());
-}
 
 class File final : public StreamingFile {
 public:
@@ -65,8 +61,8 @@ Zq::Ptr<StreamingFile> StreamingFiles::create(Zq::Ptr<iHTTPServer> const& server
                                               WideString const& remoteName, WideString source,
                                               WideString const& cachePath) {
     std::lock_guard const lock(mutex_);
-    Open const open{server ? serverName(*server) : std::string(), narrow(remoteName), narrow(source),
-                    narrow(cachePath)};
+    Open const open{server ? serverName(*server) : std::string(), utf8(remoteName), utf8(source),
+                    utf8(cachePath)};
     opened_.push_back(open);
     if (!server || refused_.contains(open.remoteName)) {
         return {};

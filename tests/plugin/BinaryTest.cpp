@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <set>
 #include <sstream>
@@ -128,6 +130,45 @@ TEST(Binary, LoadsAsAnEditorLoadsIt) {
     ASSERT_NE(repository, nullptr) << "the contract's types are one across the module's border";
     EXPECT_EQ(repository->getName(), L"Tarn7");
     plugin->preUnloadDeinitialization();
+}
+
+TEST(Binary, RegistersOneRepositoryWhichIsTarn7s) {
+    fake::Host host;
+    Module const module = open();
+    ASSERT_NE(module, nullptr) << dlerror();
+    ZqPluginBase* plugin = nullptr;
+    ASSERT_EQ(entryOf(module)(&plugin), 0);
+    ASSERT_NE(plugin, nullptr);
+    plugin->postLoadInitialization();
+    ASSERT_EQ(plugin->getComponents().size(), 1U);
+    auto* const repository = dynamic_cast<iMediaFileRepository*>(plugin->getComponents().front());
+    ASSERT_NE(repository, nullptr);
+    EXPECT_EQ(repository->getShortName(), L"T7");
+    ASSERT_EQ(host.files.providers.size(), 1U) << "a repository that nobody registers is not built either";
+    EXPECT_EQ(host.files.providers.front()->getProviderName(), L"T7");
+    EXPECT_EQ(host.files.findProvider(L"Virtual:FQ https://m.test/1.mp4"), nullptr);
+    plugin->preUnloadDeinitialization();
+}
+
+// Whether the module holds the run-time record of the class of that name, as compilers encode it: a text of
+// its own, not a part of a longer symbol. What stands before it is padding.
+bool holdsClass(std::string const& encodedName) {
+    std::ifstream file(modulePath, std::ios::binary);
+    std::string const bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    std::string const text = encodedName + '\0';
+    for (std::size_t at = bytes.find(text, 1); at != std::string::npos; at = bytes.find(text, at + 1)) {
+        auto const before = static_cast<unsigned char>(bytes[at - 1]);
+        if (std::isalnum(before) == 0 && before != '_') {
+            return true;
+        }
+    }
+    return false;
+}
+
+TEST(Binary, HoldsTheSecondRepositoryToo) {
+    EXPECT_TRUE(holdsClass("13Tarn7Resource"));
+    EXPECT_TRUE(holdsClass("19FrameQuarryResource"));
+    EXPECT_FALSE(holdsClass("18FrameQuarryResourc"));
 }
 
 TEST(Binary, ThreadsComeAndGoWhileTheModuleIsLoaded) {

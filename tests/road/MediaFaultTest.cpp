@@ -184,10 +184,17 @@ TEST_F(TransferTest, OfARefusedFirstClipDoesNotKeepTheSecondFromItsFile) {
     EXPECT_TRUE(same(bytesOf(host().playedMedia(both[1])), footageBytes("tape.mov")));
 }
 
+// Whether a preview's bytes come through while a fault lasts.
+enum class Readable {
+    no,
+    yes,
+    byLuck, // where one answer holds all that is asked for: bytes of two generations are never joined
+};
+
 // What a preview's reader gets while a fault lasts.
 struct PreviewFault {
     Fault fault;
-    bool isReadable = false;
+    Readable readable = Readable::no;
 };
 
 void PrintTo(PreviewFault const& row, std::ostream* out) {
@@ -197,19 +204,19 @@ void PrintTo(PreviewFault const& row, std::ostream* out) {
 std::vector<PreviewFault> previewFaults() {
     using enum tarn7d::FaultKind;
     return {
-        {{"ADelay", timeRule(delay, std::chrono::milliseconds(20))}, true},
-        {{"AServerWithoutRanges", rule(noRanges)}, true},
-        {{"AFileThatChangesAllTheTime", rule(changedValidator)}, true},
-        {{"AnswersWithoutTheirBody", rule(cut, 0)}, false},
-        {{"AnswersThatAreCut", rule(cut, 1000)}, false},
-        {{"AnswersThatAnnounceTooMuch", rule(wrongLength, 1000)}, false},
-        {{"AnswersThatAnnounceTooLittle", rule(wrongLength, -1000)}, false},
-        {{"LostAnswers", rule(lostAnswer)}, false},
-        {{"Status403", statusRule(403)}, false},
-        {{"Status404", statusRule(404)}, false},
-        {{"Status500", statusRule(500)}, false},
-        {{"Status503", statusRule(503)}, false},
-        {{"PagesInPlaceOfTheFile", rule(notJson)}, false},
+        {{"ADelay", timeRule(delay, std::chrono::milliseconds(20))}, Readable::yes},
+        {{"AServerWithoutRanges", rule(noRanges)}, Readable::yes},
+        {{"AFileThatChangesAllTheTime", rule(changedValidator)}, Readable::byLuck},
+        {{"AnswersWithoutTheirBody", rule(cut, 0)}, Readable::no},
+        {{"AnswersThatAreCut", rule(cut, 1000)}, Readable::no},
+        {{"AnswersThatAnnounceTooMuch", rule(wrongLength, 1000)}, Readable::no},
+        {{"AnswersThatAnnounceTooLittle", rule(wrongLength, -1000)}, Readable::no},
+        {{"LostAnswers", rule(lostAnswer)}, Readable::no},
+        {{"Status403", statusRule(403)}, Readable::no},
+        {{"Status404", statusRule(404)}, Readable::no},
+        {{"Status500", statusRule(500)}, Readable::no},
+        {{"Status503", statusRule(503)}, Readable::no},
+        {{"PagesInPlaceOfTheFile", rule(notJson)}, Readable::no},
     };
 }
 
@@ -252,8 +259,9 @@ TEST_P(Preview, IsReadRightOrNotAtAllWhileItLastsAndRightAfterwards) {
     spoilPreviews(1000);
     std::string const read = RoadHost::readThroughHost(sea_.proxyLocation);
     EXPECT_GT(desk().list().at(0).met, 0);
-    if (GetParam().isReadable) {
-        EXPECT_TRUE(isPreview(read)) << read.size() << " bytes";
+    if (GetParam().readable != Readable::no) {
+        bool const failedAsItMay = GetParam().readable == Readable::byLuck && read == "(failed)";
+        EXPECT_TRUE(isPreview(read) || failedAsItMay) << read.size() << " bytes";
     } else {
         EXPECT_TRUE(same(read, "(failed)")) << read.size() << " bytes";
     }

@@ -67,8 +67,9 @@ void PrintTo(FetchLog::Line const& line, std::ostream* out) {
 RoadHost::RoadHost(fs::path const& folder, std::string const& server, fs::path const& ca) : folder_(folder) {
     fs::create_directories(home());
     std::ofstream(home() / "host.toml")
-        << "[network]\nconnect = { \"www.tarn7.example:443\" = \"" << server << "\" }\nca_file = \""
-        << ca.string() << "\"\n[folders]\nmedia = \"" << mediaFolder().string() << "\"\n";
+        << "[network]\nconnect = { \"www.tarn7.example:443\" = \"" << server
+        << "\", \"api.framequarry.example:443\" = \"" << server << "\" }\nca_file = \"" << ca.string()
+        << "\"\n[folders]\nmedia = \"" << mediaFolder().string() << "\"\n";
     start();
 }
 

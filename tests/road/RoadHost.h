@@ -62,7 +62,7 @@ public:
 // Thread: the test's own, unless an operation says otherwise.
 class RoadHost {
 public:
-    // The service's name leads to `server`, and the authority is trusted. The home folder and the media
+    // The names of the services lead to `server`, and the authority is trusted. The home folder and the media
     // folder lie in `folder`. Throws std::runtime_error where the engine does not start.
     RoadHost(std::filesystem::path const& folder, std::string const& server, std::filesystem::path const& ca);
     ~RoadHost();

@@ -6,34 +6,11 @@
 #include <functional>
 #include <map>
 
+#include "tests/fake_host/FollowedLog.h"
+#include "tests/fake_host/WatchedHost.h"
 #include "tests/tarn7/ScriptedService.h"
-#include "tests/tarn7/WatchedHost.h"
 
 namespace tarn7_tests {
-
-// What a person reads of a download. A line is its text behind its output type, two blanks in front for each
-// step of indentation.
-class FollowedLog final : public LoggerBase {
-public:
-    void write(WideString const& text, eOutputType type) override {
-        lines.push_back(std::string(2 * static_cast<std::size_t>(indent), ' ') + std::to_string(type) + " " +
-                        utf8(text));
-        onLine(lines.back());
-    }
-    void incIndent() override { ++indent; }
-    void decIndent() override { --indent; }
-    void reportProgress(double fraction, WideString const& text) override {
-        EXPECT_TRUE(text.isEmpty());
-        progress.push_back(fraction);
-        onProgress();
-    }
-
-    std::vector<std::string> lines;
-    std::vector<double> progress;
-    int indent = 0;
-    std::function<void(std::string const&)> onLine = [](std::string const&) {};
-    std::function<void()> onProgress = [] {};
-};
 
 class DownloadTest : public Tarn7Test {
 protected:
@@ -130,10 +107,10 @@ protected:
         return steps_;
     }
 
-    Zq::Ptr<FollowedLog> log = Zq::makeShared<FollowedLog>();
+    Zq::Ptr<fake::FollowedLog> log = Zq::makeShared<fake::FollowedLog>();
     std::map<std::string, std::optional<fake::Answer>> served; // by path; nothing: cannot be reached
     std::function<void()> onTransfer = [] {};
-    WatchedHost watched;
+    fake::WatchedHost watched;
 
 private:
     std::optional<fake::Answer> answerTo(fake::Request const& request) {

@@ -1,8 +1,8 @@
 #include <stdexcept>
 #include <typeinfo>
 
+#include "tests/fake_host/WatchedHost.h"
 #include "tests/tarn7/Tarn7Fixture.h"
-#include "tests/tarn7/WatchedHost.h"
 
 namespace tarn7_tests {
 namespace {
@@ -10,7 +10,7 @@ namespace {
 class Lifecycle : public testing::Test {
 protected:
     fake::Host host;
-    WatchedHost watched;
+    fake::WatchedHost watched;
 };
 
 // The part of the repository that a provider belongs to, while the client is being built.

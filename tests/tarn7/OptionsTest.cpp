@@ -4,8 +4,8 @@
 #include "host/parameters/BoolParam.h"
 #include "host/parameters/ChoiceParam.h"
 #include "repository/SearchOptions.h"
+#include "tests/fake_host/WatchedHost.h"
 #include "tests/tarn7/Tarn7Fixture.h"
-#include "tests/tarn7/WatchedHost.h"
 
 namespace tarn7_tests {
 namespace {
@@ -251,7 +251,7 @@ TEST_F(Options, AFilterWritesThenEmptiesTheCacheThenTells) {
     for (Filter const& filter : filters) {
         SCOPED_TRACE(filter.preference);
         fillCache();
-        WatchedHost watched;
+        fake::WatchedHost watched;
         std::vector<std::string> steps;
         auto const cacheState = [this] {
             return std::string(resource.searchResultCache.empty() ? ", cache empty" : ", cache full");

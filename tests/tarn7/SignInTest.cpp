@@ -1,7 +1,7 @@
 #include <nlohmann/json.hpp>
 
+#include "tests/fake_host/WatchedHost.h"
 #include "tests/tarn7/Tarn7Fixture.h"
-#include "tests/tarn7/WatchedHost.h"
 
 namespace tarn7_tests {
 namespace {
@@ -60,7 +60,7 @@ TEST_F(SignIn, ANameBeyondAsciiIsSentAndRememberedWhole) {
 
 TEST_F(SignIn, ASuccessEmptiesTheCachedResultsBeforeItRemembersTheName) {
     fillCache();
-    WatchedHost watched;
+    fake::WatchedHost watched;
     std::vector<std::string> steps;
     watched.preferences.onWrite = [&](char const* key) {
         steps.push_back(std::string(key) +

@@ -9,25 +9,17 @@
 #include <vector>
 
 #include "ServiceValues.h"
-#include "host/json/parse.h"
 #include "host/text/Numbers.h"
-#include "host/text/Unicode.h"
 #include "tarn7/Command.h"
 #include "tests/fake_host/FakeHost.h"
+#include "tests/fake_host/Texts.h"
 
 namespace tarn7_tests {
 
-inline std::string utf8(WideString const& text) {
-    return std::string(toUTF8(text).view());
-}
-inline WideString wide(std::string_view text) {
-    return fromUTF8(text);
-}
-
-// The element of a JSON text; null for what is none.
-inline Zq::Ptr<JSON::Element> parsed(std::string json) {
-    return JSON::parse(Zq::makeShared<fake::MemHolder>(std::move(json)));
-}
+using fake::parsed;
+using fake::typedForm;
+using fake::utf8;
+using fake::wide;
 
 // The text of a successful answer with these replies, one for each command.
 inline std::string answerOf(std::initializer_list<std::string_view> replies) {
@@ -44,13 +36,6 @@ inline std::string answerOf(std::initializer_list<std::string_view> replies) {
 inline std::string foundItems(std::string_view items, std::string_view figures = R"(,"tot_nbr_rows":1)") {
     std::string reply = R"({"icon_base":"https://cdn.test/i","flv_base":"https://cdn.test/p","items":)";
     return answerOf({reply.append(items).append(figures).append("}")});
-}
-
-inline configb typedForm(std::string_view user, std::string_view password) {
-    configb form;
-    form.set("username", NarrowString(user));
-    form.set("password", NarrowString(password));
-    return form;
 }
 
 // The client with what is hidden from its host laid open.

@@ -1,16 +1,10 @@
-// The bodies of requests, byte for byte, as files under golden/. Each file holds one body and a line end,
-// made with the service values that a build has by default.
-//
-// With TARN7_WRITE_GOLDEN set in the environment a file that differs is written anew, and its test fails all
-// the same: the new text is for a person to look at.
-
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
+// The bodies of requests, byte for byte, as files under golden/, made with the service values that a build
+// has by default.
 
 #include <nlohmann/json.hpp>
 #include <openssl/evp.h>
 
+#include "tests/support/golden.h"
 #include "tests/tarn7/Tarn7Fixture.h"
 
 namespace tarn7_tests {
@@ -47,16 +41,7 @@ protected:
         compared_ = true;
         std::string const body = lastBody();
         expectSound(body);
-        std::string const path = TARN7_GOLDEN_FOLDER "/" + name + ".txt";
-        std::ifstream file(path, std::ios::binary);
-        std::string const golden{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-        EXPECT_EQ(body + "\n", golden) << path;
-        if (std::getenv("TARN7_WRITE_GOLDEN") != nullptr) {
-            if (body + "\n" != golden) {
-                std::ofstream(path, std::ios::binary) << body << '\n';
-            }
-            FAIL() << "bodies that differed were written; look at them and run without TARN7_WRITE_GOLDEN";
-        }
+        test::expectGolden(TARN7_GOLDEN_FOLDER "/" + name + ".txt", body);
     }
 
     // Signs in, has the cart hold the items, and asks for these ids.

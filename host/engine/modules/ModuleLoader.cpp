@@ -11,6 +11,7 @@
 #include "host/log/Log.h"
 #include "host/modules/ModuleThreads.h"
 #include "host/modules/PluginEntry.h"
+#include "host/modules/ZqComponentBase.h"
 #include "host/modules/ZqPluginBase.h"
 #include "repository/iMediaFileRepository.h"
 
@@ -49,6 +50,11 @@ SharedObject attach(fs::path const& file) {
         throw std::runtime_error("the module refused to be attached");
     }
     return object;
+}
+
+int priorityOf(iMediaFileRepository* repository) {
+    auto const* const resource = dynamic_cast<ZqResourceTypeBase const*>(repository);
+    return resource != nullptr ? resource->priority() : 0;
 }
 
 ModuleReport failure(fs::path path, std::string error) {
@@ -196,6 +202,7 @@ std::vector<iMediaFileRepository*> ModuleLoader::repositories() const {
     for (ModuleReport const& report : reports_) {
         all.insert(all.end(), report.repositories.begin(), report.repositories.end());
     }
+    std::ranges::stable_sort(all, std::ranges::greater(), priorityOf);
     return all;
 }
 

@@ -46,7 +46,8 @@ public:
 
     // One report for each module in the order of loading, failed ones included. Valid until the next load.
     [[nodiscard]] std::span<ModuleReport const> reports() const noexcept { return reports_; }
-    // The repositories of all loaded modules, in the order of loading.
+    // The repositories of all loaded modules: those of a higher priority first, of one priority in the order
+    // of loading.
     [[nodiscard]] std::vector<iMediaFileRepository*> repositories() const;
 
     // Unloads every module, the last loaded first. The reports are gone afterwards.

@@ -63,6 +63,10 @@ std::vector<ServerStatistics> CurlNetwork::statistics() const {
     return core_->statistics.all();
 }
 
+std::vector<ServerStatistics> CurlNetwork::statisticsOfThisThread() const {
+    return core_->statistics.ofThisThread();
+}
+
 std::vector<std::string> const& CurlNetwork::problems() const noexcept {
     return core_->connector.problems();
 }

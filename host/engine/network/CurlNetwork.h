@@ -29,6 +29,9 @@ public:
 
     // One entry for each server that was spoken to, in the order of their names.
     [[nodiscard]] std::vector<ServerStatistics> statistics() const;
+    // The same for the requests that the calling thread has made itself since it first asked: what streams
+    // and what other threads do beside it leaves no trace there.
+    [[nodiscard]] std::vector<ServerStatistics> statisticsOfThisThread() const;
     // One line for each setting that could not be used, such as a ca_file that cannot be read.
     [[nodiscard]] std::vector<std::string> const& problems() const noexcept;
 

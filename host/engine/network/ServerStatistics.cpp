@@ -2,9 +2,9 @@
 
 namespace engine {
 
-void StatisticsTable::add(ServerStatistics const& call) {
-    std::lock_guard const lock(mutex_);
-    ServerStatistics& sum = servers_[call.server];
+namespace {
+
+void addTo(ServerStatistics& sum, ServerStatistics const& call) {
     sum.server = call.server;
     sum.requests += call.requests;
     sum.failures += call.failures;
@@ -17,14 +17,33 @@ void StatisticsTable::add(ServerStatistics const& call) {
     }
 }
 
-std::vector<ServerStatistics> StatisticsTable::all() const {
-    std::lock_guard const lock(mutex_);
+std::vector<ServerStatistics> listOf(std::map<std::string, ServerStatistics> const& servers) {
     std::vector<ServerStatistics> list;
-    list.reserve(servers_.size());
-    for (auto const& [name, statistics] : servers_) {
+    list.reserve(servers.size());
+    for (auto const& [name, statistics] : servers) {
         list.push_back(statistics);
     }
     return list;
+}
+
+} // namespace
+
+void StatisticsTable::add(ServerStatistics const& call) {
+    std::lock_guard const lock(mutex_);
+    addTo(servers_[call.server], call);
+    if (auto const found = byThread_.find(std::this_thread::get_id()); found != byThread_.end()) {
+        addTo(found->second[call.server], call);
+    }
+}
+
+std::vector<ServerStatistics> StatisticsTable::all() const {
+    std::lock_guard const lock(mutex_);
+    return listOf(servers_);
+}
+
+std::vector<ServerStatistics> StatisticsTable::ofThisThread() {
+    std::lock_guard const lock(mutex_);
+    return listOf(byThread_[std::this_thread::get_id()]);
 }
 
 } // namespace engine

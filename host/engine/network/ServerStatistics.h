@@ -7,6 +7,7 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace engine {
@@ -29,10 +30,15 @@ public:
     void add(ServerStatistics const& call);
     // In the order of the servers' names.
     [[nodiscard]] std::vector<ServerStatistics> all() const;
+    // The same for the calls that the calling thread has made since it first asked.
+    [[nodiscard]] std::vector<ServerStatistics> ofThisThread();
 
 private:
+    using Servers = std::map<std::string, ServerStatistics>;
+
     mutable std::mutex mutex_;
-    std::map<std::string, ServerStatistics> servers_;
+    Servers servers_;
+    std::map<std::thread::id, Servers> byThread_; // of those that have asked
 };
 
 } // namespace engine

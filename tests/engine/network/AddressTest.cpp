@@ -1,7 +1,13 @@
+#include <string>
+#include <string_view>
+
 #include <gtest/gtest.h>
 
+#include "host/HostServices.h"
+#include "host/engine/network/CurlNetwork.h"
 #include "host/engine/network/PercentEncoding.h"
 #include "host/engine/network/ServerAddress.h"
+#include "host/text/Unicode.h"
 
 namespace {
 
@@ -119,10 +125,36 @@ TEST(PercentEncoding, KeepsTheUnreservedCharactersOnly) {
     EXPECT_EQ(engine::encodeComponent(L""), L"");
 }
 
+TEST(PercentEncoding, KeepsNoOtherCharacterOfAscii) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    for (wchar_t character = 0; character < 0x80; ++character) {
+        auto const byte = static_cast<unsigned>(character);
+        std::string const encoded{'%', digits[byte >> 4], digits[byte & 15]};
+        bool const unreserved = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
+                                (byte >= '0' && byte <= '9') ||
+                                std::wstring_view(L"-._~").find(character) != std::wstring_view::npos;
+        WideString const itself(&character, 1);
+        EXPECT_EQ(engine::encodeComponent(itself), unreserved ? itself : fromUTF8(encoded)) << byte;
+    }
+}
+
 TEST(PercentEncoding, WritesUtf8WithUpperCaseDigits) {
     EXPECT_EQ(engine::encodeComponent(L"\x00fc\x20ac"), L"%C3%BC%E2%82%AC");
     EXPECT_EQ(engine::encodeComponent(L"\xd83d\xde00"), L"%F0%9F%98%80");
     EXPECT_EQ(engine::encodeComponent(WideString(L"\xd83d", 1)), L"%EF%BF%BD");
+    EXPECT_EQ(engine::encodeComponent(WideString(L"\xde00", 1)), L"%EF%BF%BD");
+    EXPECT_EQ(engine::encodeComponent(WideString(L"\xde00\xd83d-", 3)), L"%EF%BF%BD%EF%BF%BD-");
+    EXPECT_EQ(engine::encodeComponent(WideString(L"\xd83d\xd83d\xde00", 3)), L"%EF%BF%BD%F0%9F%98%80");
+}
+
+TEST(PercentEncoding, IsWhatTheNetworkServiceOffers) {
+    engine::CurlNetwork network{engine::NetworkSettings()};
+    HostServices services;
+    services.network = &network;
+    HostServices const before = installHost(services);
+    EXPECT_EQ(OSPrivate().network().encodeUrlComponent(L"rock & roll+\x00fc\xd83d\xde00~\xd83d"),
+              L"rock%20%26%20roll%2B%C3%BC%F0%9F%98%80~%EF%BF%BD");
+    installHost(before);
 }
 
 } // namespace

@@ -11,7 +11,7 @@
 #include "host/network/OSPrivate.h"
 #include "host/preferences/EditorPreferences.h"
 
-namespace tarn7_tests {
+namespace fake {
 
 class WatchedPreferences final : public iPreferenceStore {
 public:
@@ -149,4 +149,4 @@ private:
     HostServices before_;
 };
 
-} // namespace tarn7_tests
+} // namespace fake
