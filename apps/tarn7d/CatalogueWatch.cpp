@@ -68,11 +68,13 @@ void CatalogueWatch::scan(Catalogue::Settling settling, std::stop_token const& s
 void CatalogueWatch::prepareAll() {
     try {
         ClipPage const all = catalogue_.search({}, 0, std::numeric_limits<std::int64_t>::max());
-        // Everybody sees the thumbnails, few the previews.
+        // Everybody sees the thumbnails, few the previews, and hardly anybody two previews of a small clip.
         for (RenditionKind const kind :
              {RenditionKind::thumbnail, RenditionKind::preview, RenditionKind::highQualityPreview}) {
             for (Clip const& clip : all.clips) {
-                renditions_.prepare(clip, kind);
+                if (kind != RenditionKind::highQualityPreview || clip.media.height >= highQualityHeight) {
+                    renditions_.prepare(clip, kind);
+                }
             }
         }
     } catch (std::exception const& error) {

@@ -86,13 +86,14 @@ std::string_view takeWord(std::string_view& text) {
 
 } // namespace
 
-ClipQuery parseClipQuery(std::string_view text) {
+ClipQuery parseClipQuery(std::string_view text, FilterWords filterWords) {
     text = text.substr(0, longestText);
     ClipQuery query;
     int words = 0;
     while (!text.empty()) {
         std::string_view const word = takeWord(text);
-        if (applyFilter(word, query) || !isSearchable(word) || words == mostWords) {
+        bool const isFilter = filterWords == FilterWords::read && applyFilter(word, query);
+        if (isFilter || !isSearchable(word) || words == mostWords) {
             continue;
         }
         ++words;

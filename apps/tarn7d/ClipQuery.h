@@ -23,10 +23,13 @@ struct ClipQuery {
     friend bool operator==(ClipQuery const&, ClipQuery const&) = default;
 };
 
+// Whether filter words are that, or words as all others.
+enum class FilterWords { read, ordinary };
+
 // Reads a search text. The filter words "pricelt:N" (dollars), "linesgt:N" and "durationgt:N" (seconds), N a
 // whole number, may stand anywhere; of several of a kind the strictest holds. A filter word without a number
 // is an ordinary word. A word without a letter, digit or symbol is passed over. Words behind the 32nd are
 // passed over.
-[[nodiscard]] ClipQuery parseClipQuery(std::string_view text);
+[[nodiscard]] ClipQuery parseClipQuery(std::string_view text, FilterWords filterWords = FilterWords::read);
 
 } // namespace tarn7d

@@ -6,7 +6,7 @@
 
 #include <httplib.h>
 
-#include "apps/tarn7d/ElasticTaskQueue.h"
+#include "apps/http/ElasticTaskQueue.h"
 #include "apps/tarn7d/JsonText.h"
 #include "apps/tarn7d/MediaResponse.h"
 #include "apps/tarn7d/PasswordHash.h"
@@ -34,7 +34,7 @@ void sendProblem(httplib::Response& response, int status, std::string const& pro
 class FaultPort::Implementation {
 public:
     explicit Implementation(FaultDesk& desk) : desk_(desk), token_(engine::randomHex(tokenBytes)) {
-        server_.new_task_queue = [] { return new ElasticTaskQueue(mostConnections); };
+        server_.new_task_queue = [] { return new http::ElasticTaskQueue(mostConnections); };
         server_.set_payload_max_length(longestBody_bytes);
         // An idle connection would hold up the end.
         server_.set_keep_alive_max_count(1);

@@ -3,17 +3,17 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
 #include <ctime>
 #include <memory>
 #include <optional>
-#include <string_view>
 #include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "apps/http/ByteSpan.h"
 
 namespace tarn7d {
 
@@ -72,52 +72,11 @@ std::string httpDate(std::time_t time) {
     return text.data();
 }
 
-struct Span {
-    std::size_t first = 0;
-    std::size_t length = 0;
-};
-
-// One number of a range; nothing for anything else than digits.
-std::optional<std::size_t> positionFrom(std::string_view text) {
-    std::size_t position = 0;
-    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), position);
-    bool const whole = error == std::errc() && end == text.data() + text.size();
-    return whole ? std::optional(position) : std::nullopt;
-}
-
-// What a Range header asks of a file: the whole, where it names several ranges or makes no sense; one part of
-// it; or, with length 0, a part that the file does not have.
-std::optional<Span> spanOf(std::string_view header, std::size_t size) {
-    constexpr std::string_view unit = "bytes=";
-    std::size_t const dash = header.find('-');
-    if (!header.starts_with(unit) || dash == std::string_view::npos) {
-        return std::nullopt;
-    }
-    std::string_view const before = header.substr(unit.size(), dash - unit.size());
-    std::string_view const behind = header.substr(dash + 1);
-    std::optional<std::size_t> const first = positionFrom(before);
-    std::optional<std::size_t> const last = positionFrom(behind);
-    if ((!first && !before.empty()) || (!last && !behind.empty()) || (!first && !last)) {
-        return std::nullopt;
-    }
-    if (!first) { // the last so many bytes
-        std::size_t const length = std::min(*last, size);
-        return Span{size - length, length};
-    }
-    if (last && *last < *first) {
-        return std::nullopt;
-    }
-    if (*first >= size) {
-        return Span{};
-    }
-    return Span{*first, (last ? std::min(size - 1, *last) : size - 1) - *first + 1};
-}
-
 bool listsTag(std::string const& header, std::string const& etag) {
     return header == "*" || header.find(etag) != std::string::npos;
 }
 
-void sendSpan(httplib::Response& response, std::shared_ptr<OpenFile const> const& file, Span span,
+void sendSpan(httplib::Response& response, std::shared_ptr<OpenFile const> const& file, http::ByteSpan span,
               std::string const& contentType) {
     constexpr std::size_t blockSize = 256 * 1024;
     auto const block = std::make_shared<std::vector<char>>(std::min(blockSize, span.length));
@@ -152,8 +111,8 @@ void sendFile(httplib::Request const& request, httplib::Response& response, std:
     }
     std::size_t const size = file->size();
     bool const sameFile = !request.has_header("If-Range") || request.get_header_value("If-Range") == etag;
-    std::optional<Span> const span =
-        sameFile ? spanOf(request.get_header_value("Range"), size) : std::nullopt;
+    std::optional<http::ByteSpan> const span =
+        sameFile ? http::byteSpanOf(request.get_header_value("Range"), size) : std::nullopt;
     if (!span) {
         response.status = 200;
         sendSpan(response, file, {0, size}, contentType);

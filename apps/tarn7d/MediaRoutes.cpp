@@ -36,7 +36,7 @@ void MediaRoutes::answerRendition(std::string const& fileName, httplib::Request 
                                   httplib::Response& response) {
     std::optional<RenditionName> const name = parseRenditionName(fileName);
     std::optional<Clip> const clip = name ? catalogue_.find(name->clipId) : std::nullopt;
-    if (!clip) {
+    if (!clip || clip->media.height < name->leastHeight) {
         sendNotFound(response);
         return;
     }
@@ -52,7 +52,7 @@ void MediaRoutes::answerFull(httplib::Request const& request, httplib::Response&
         return;
     }
     std::optional<Clip> const clip = catalogue_.find(target->clipId);
-    if (!clip) {
+    if (!clip || !hasVersion(*clip, target->version)) { // its file may have changed since
         sendNotFound(response);
         return;
     }

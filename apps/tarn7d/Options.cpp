@@ -21,7 +21,7 @@ NAME.toml beside NAME.mov may give title, keywords and price:
     price = 19.99
 
 When it is ready it prints one line: {"ready":true,"port":...,"ca":"..."}. Clients must trust the file "ca" and be
-told to reach the public name at that port. SIGTERM or SIGINT ends it.
+told to reach the public names at that port. SIGTERM or SIGINT ends it.
 
 With --fault-desk the line also has "faultDesk":{"port":...,"token":"..."}: an HTTP port on which a test asks the
 service to go wrong in a chosen way.
@@ -106,7 +106,8 @@ ParsedOptions parseOptions(int count, char const* const* arguments) {
     std::int64_t downloadMinutes =
         std::chrono::duration_cast<std::chrono::minutes>(serve.server.downloadLifetime).count();
 
-    CLI::App app("tarn7d: serves a folder of footage with the Tarn7 protocol over TLS", "tarn7d");
+    CLI::App app("tarn7d: serves a folder of footage with the Tarn7 and FrameQuarry protocols over TLS",
+                 "tarn7d");
     app.footer(footer);
     CLI::Option* const data =
         app.add_option("--data", serve.server.data,
@@ -118,6 +119,10 @@ ParsedOptions parseOptions(int count, char const* const* arguments) {
         ->check([&serve](std::string const& text) { return splitListen(text, serve.server); });
     app.add_option("--public-name", serve.server.publicName,
                    "Host name, and port if not 443, in the addresses of thumbnails, previews and full files")
+        ->capture_default_str();
+    app.add_option(
+           "--framequarry-name", serve.server.frameQuarryName,
+           "The same for clients of the FrameQuarry protocol, in the addresses of thumbnails and previews")
         ->capture_default_str();
     app.add_option("--certificate-name", serve.server.furtherNames,
                    "A further host name or address of the certificate; may be repeated");

@@ -17,13 +17,15 @@ namespace {
 struct NameRow {
     std::string_view ending;
     RenditionKind kind;
+    int leastHeight = 0;
 };
 
 constexpr NameRow nameRows[] = {
     {"_iconm.jpeg", RenditionKind::thumbnail},
     {".mov", RenditionKind::preview},
     {"_prev_264.mov", RenditionKind::preview},
-    {"_main_xl.mp4", RenditionKind::highQualityPreview},
+    {".mp4", RenditionKind::highQualityPreview},
+    {"_main_xl.mp4", RenditionKind::highQualityPreview, highQualityHeight},
 };
 
 constexpr std::string_view temporaryEnding = ".new";
@@ -62,10 +64,6 @@ std::vector<std::string> previewArguments(fs::path const& source, fs::path const
     return arguments;
 }
 
-bool hasRendition(Clip const& clip, RenditionKind kind) {
-    return kind != RenditionKind::highQualityPreview || clip.media.height >= highQualityHeight;
-}
-
 std::string folderNameOf(Clip const& clip) {
     std::array<char, 64> name{};
     std::snprintf(name.data(), name.size(), "%09lld-%llx-%llx", static_cast<long long>(clip.id),
@@ -88,6 +86,7 @@ std::optional<RenditionName> parseRenditionName(std::string_view fileName) {
     for (NameRow const& row : nameRows) {
         if (fileName.substr(digits) == row.ending) {
             name.kind = row.kind;
+            name.leastHeight = row.leastHeight;
             return name;
         }
     }
@@ -140,9 +139,6 @@ void Renditions::enqueue(Job job) {
 }
 
 Renditions::Answer Renditions::get(Clip const& clip, RenditionKind kind, std::chrono::milliseconds patience) {
-    if (!hasRendition(clip, kind)) {
-        return {};
-    }
     fs::path const target = targetOf(clip, kind);
     std::error_code error;
     if (fs::exists(target, error)) {
@@ -175,9 +171,6 @@ Renditions::Answer Renditions::get(Clip const& clip, RenditionKind kind, std::ch
 }
 
 void Renditions::prepare(Clip const& clip, RenditionKind kind) {
-    if (!hasRendition(clip, kind)) {
-        return;
-    }
     fs::path const target = targetOf(clip, kind);
     std::error_code error;
     std::lock_guard const lock(mutex_);

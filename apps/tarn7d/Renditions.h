@@ -26,12 +26,13 @@ namespace tarn7d {
 enum class RenditionKind {
     thumbnail,          // NNNNNNNNN_iconm.jpeg
     preview,            // NNNNNNNNN.mov and NNNNNNNNN_prev_264.mov
-    highQualityPreview, // NNNNNNNNN_main_xl.mp4, of clips of 1080 lines and more
+    highQualityPreview, // NNNNNNNNN.mp4, and NNNNNNNNN_main_xl.mp4 of clips of 1080 lines and more
 };
 
 struct RenditionName {
     std::int64_t clipId = 0;
     RenditionKind kind = RenditionKind::thumbnail;
+    int leastHeight = 0; // clips of fewer lines have nothing under this name
 
     friend bool operator==(RenditionName const&, RenditionName const&) = default;
 };
@@ -39,14 +40,14 @@ struct RenditionName {
 // Reads the name of a file as it stands in an address; empty for anything else.
 [[nodiscard]] std::optional<RenditionName> parseRenditionName(std::string_view fileName);
 
-// The least height of clips that have a high-quality preview.
+// The least height of clips of which the high-quality preview is a version of its own.
 inline constexpr int highQualityHeight = 1080;
 
 class Renditions {
 public:
     enum class State {
         ready,
-        unavailable, // the clip has no such rendition, or it could not be made from its file
+        unavailable, // it could not be made from the clip's file
         pending,     // still being made
     };
     struct Answer {
@@ -70,8 +71,7 @@ public:
     // more. Any thread.
     void cancel();
 
-    // Makes the rendition in the background, behind what is asked for, if it is not there and the clip has
-    // it. Any thread.
+    // Makes the rendition in the background, behind what is asked for, if it is not there. Any thread.
     void prepare(Clip const& clip, RenditionKind kind);
 
 private:

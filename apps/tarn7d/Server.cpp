@@ -1,5 +1,6 @@
 #include "apps/tarn7d/Server.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <stdexcept>
 #include <system_error>
@@ -8,6 +9,7 @@
 #include <httplib.h>
 #include <sys/socket.h>
 
+#include "apps/http/ElasticTaskQueue.h"
 #include "apps/tarn7d/Accounts.h"
 #include "apps/tarn7d/Catalogue.h"
 #include "apps/tarn7d/CatalogueWatch.h"
@@ -15,10 +17,10 @@
 #include "apps/tarn7d/ConnectionRegistry.h"
 #include "apps/tarn7d/DataFolder.h"
 #include "apps/tarn7d/DownloadAddresses.h"
-#include "apps/tarn7d/ElasticTaskQueue.h"
 #include "apps/tarn7d/FaultDesk.h"
 #include "apps/tarn7d/FaultPort.h"
 #include "apps/tarn7d/FaultyAnswer.h"
+#include "apps/tarn7d/FrameQuarryProtocol.h"
 #include "apps/tarn7d/Log.h"
 #include "apps/tarn7d/MediaResponse.h"
 #include "apps/tarn7d/MediaRoutes.h"
@@ -54,10 +56,11 @@ public:
           certificates_(ensureCertificates(folder_.path(), certificateNames(options_))),
           catalogue_(openOrExplain<Catalogue>("catalogue", folder_.path() / "catalogue.db", footage_)),
           accounts_(openOrExplain<Accounts>("accounts", accountsFile())),
-          shop_(openOrExplain<Shop>("accounts", accountsFile(), *catalogue_)),
-          payments_(
-              openOrExplain<Payments>("accounts", accountsFile(), *catalogue_, options_.paymentLifetime)),
-          downloads_(folder_.path() / "download.key", options_.downloadLifetime),
+          shop_(openOrExplain<Shop>("accounts", accountsFile(), *catalogue_, options_.clock)),
+          payments_(openOrExplain<Payments>("accounts", accountsFile(), *catalogue_, options_.paymentLifetime,
+                                            options_.clock)),
+          downloads_(folder_.path() / "download.key", options_.downloadLifetime, options_.clock),
+          frameQuarry_(*catalogue_, "https://" + options_.frameQuarryName, options_.clock),
           renditions_(folder_.path() / "renditions", *catalogue_),
           watch_(*catalogue_, renditions_, options_.rescanInterval,
                  options_.prepareAhead ? CatalogueWatch::Prepare::ahead : CatalogueWatch::Prepare::asked),
@@ -108,6 +111,7 @@ private:
     Sessions sessions_;
     SignInThrottle throttle_;
     DownloadAddresses downloads_;
+    FrameQuarryProtocol frameQuarry_;
     Renditions renditions_;
     CatalogueWatch watch_;
     MediaRoutes media_;
@@ -139,7 +143,7 @@ ServiceParts Server::Implementation::serviceParts(int port) {
 }
 
 void Server::Implementation::configure() {
-    server_.new_task_queue = [] { return new ElasticTaskQueue(mostConnections); };
+    server_.new_task_queue = [] { return new http::ElasticTaskQueue(mostConnections); };
     server_.set_tcp_nodelay(true);
     server_.set_keep_alive_max_count(1'000'000);
     server_.set_keep_alive_timeout(idleConnection.count());
@@ -177,11 +181,25 @@ void Server::Implementation::addRoutes() {
             sendText(response, 411, "a length is needed\n", plainType);
             return httplib::Server::HandlerResponse::Handled;
         }
+        if (request.path == FrameQuarryProtocol::searchPath && request.method != "GET" &&
+            request.method != "HEAD") {
+            response.set_header("Allow", "GET, HEAD");
+            response.set_header("Connection", "close"); // a body may follow, which nobody reads
+            sendText(response, 405, "only GET and HEAD\n", plainType);
+            return httplib::Server::HandlerResponse::Handled;
+        }
         return httplib::Server::HandlerResponse::Unhandled;
     });
     server_.Post("/", [this](httplib::Request const& request, httplib::Response& response,
                              httplib::ContentReader const& readContent) {
         answerApi(request, response, readContent);
+    });
+    get(FrameQuarryProtocol::searchPath.data(), [this](httplib::Request const& request,
+                                                       httplib::Response& response, Expiry expiry) {
+        std::size_t const path = std::min(request.target.find('?'), request.target.size());
+        std::size_t const query = std::min(path + 1, request.target.size());
+        response.set_header("Cache-Control", "no-store"); // the address holds a signature
+        sendText(response, 200, frameQuarry_.answerSearch(request.target.substr(query), expiry), jsonType);
     });
     get(R"(/(?:icons/|previews/)?([0-9]{9,10}[._a-z0-9]{1,20}))",
         [this](httplib::Request const& request, httplib::Response& response, Expiry) {

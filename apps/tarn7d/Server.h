@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "apps/tarn7d/WallClock.h"
+
 namespace tarn7d {
 
 class FaultDesk;
@@ -28,7 +30,9 @@ struct ServerOptions {
     // The host name, with a port if it is not 443, under which clients reach thumbnails, previews and full
     // files.
     std::string publicName = "www.tarn7.example";
-    std::vector<std::string> furtherNames; // of the certificate, besides the public name and the loopback's
+    // The same of the FrameQuarry protocol, for thumbnails and previews.
+    std::string frameQuarryName = "api.framequarry.example";
+    std::vector<std::string> furtherNames; // of the certificate, besides the public names and the loopback's
     // Make thumbnails and previews in the background, before anybody asks.
     bool prepareAhead = false;
     std::chrono::milliseconds rescanInterval{1000}; // how often the footage folder is looked through
@@ -38,6 +42,7 @@ struct ServerOptions {
     std::chrono::seconds paymentLifetime{30 * 60};  // of the addresses of payment pages
     PaymentPages paymentPages = PaymentPages::onPublicName;
     bool faultDesk = false; // offer the fault desk on a port of its own
+    WallClock clock = systemSeconds;
 };
 
 struct FaultDeskAddress {

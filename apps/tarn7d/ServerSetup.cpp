@@ -36,7 +36,11 @@ ServerOptions checkedOptions(ServerOptions options) {
 }
 
 std::vector<std::string> certificateNames(ServerOptions const& options) {
-    std::vector<std::string> names{withoutPort(options.publicName), "www.tarn7.example", "localhost",
+    std::vector<std::string> names{withoutPort(options.publicName),
+                                   withoutPort(options.frameQuarryName),
+                                   "www.tarn7.example",
+                                   "api.framequarry.example",
+                                   "localhost",
                                    "127.0.0.1"};
     names.insert(names.end(), options.furtherNames.begin(), options.furtherNames.end());
     return names;

@@ -274,8 +274,9 @@ TEST_F(ProgramTest, AnAddressThatIsNotServedIsRefusedBeforeFootageIsMade) {
 
 TEST_F(ProgramTest, HelpNamesTheOptions) {
     EXPECT_EQ(run({"--help"}), 0);
-    for (char const* option : {"--data", "--footage", "--listen", "--demo", "--public-name", "--fault-desk",
-                               "--payment-pages", "--download-minutes", "account"}) {
+    for (char const* option :
+         {"--data", "--footage", "--listen", "--demo", "--public-name", "--framequarry-name", "--fault-desk",
+          "--payment-pages", "--download-minutes", "account"}) {
         EXPECT_THAT(output_, HasSubstr(option));
     }
 }

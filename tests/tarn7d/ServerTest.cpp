@@ -346,7 +346,8 @@ TEST(RenditionName, IsReadStrictly) {
     EXPECT_EQ(parseRenditionName("000000123.mov"), (RenditionName{123, RenditionKind::preview}));
     EXPECT_EQ(parseRenditionName("000000123_prev_264.mov"), (RenditionName{123, RenditionKind::preview}));
     EXPECT_EQ(parseRenditionName("1000000123_main_xl.mp4"),
-              (RenditionName{1000000123, RenditionKind::highQualityPreview}));
+              (RenditionName{1000000123, RenditionKind::highQualityPreview, highQualityHeight}));
+    EXPECT_EQ(parseRenditionName("000000123.mp4"), (RenditionName{123, RenditionKind::highQualityPreview}));
     for (char const* name : {"", "123.mov", "000000123", "000000123.MOV", "000000123.mov ", "-00000123.mov",
                              "00000000000123.mov", "000000123_iconm.jpg"}) {
         EXPECT_FALSE(parseRenditionName(name)) << name;

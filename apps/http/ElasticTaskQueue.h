@@ -13,7 +13,7 @@
 
 #include <httplib.h>
 
-namespace tarn7d {
+namespace http {
 
 class ElasticTaskQueue final : public httplib::TaskQueue {
 public:
@@ -38,4 +38,4 @@ private:
     bool ending_ = false;
 };
 
-} // namespace tarn7d
+} // namespace http

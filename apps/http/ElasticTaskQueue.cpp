@@ -1,8 +1,8 @@
-#include "apps/tarn7d/ElasticTaskQueue.h"
+#include "apps/http/ElasticTaskQueue.h"
 
 #include <system_error>
 
-namespace tarn7d {
+namespace http {
 
 void ElasticTaskQueue::enqueue(std::function<void()> task) {
     std::lock_guard const lock(mutex_);
@@ -46,4 +46,4 @@ void ElasticTaskQueue::shutdown() {
     threads_.clear();
 }
 
-} // namespace tarn7d
+} // namespace http
