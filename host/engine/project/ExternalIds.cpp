@@ -58,7 +58,7 @@ Cookie ProjectState::findObject(WideString const& kind, WideString const& id) {
 }
 
 void ProjectState::associate(Cookie const& object, WideString const& kind, WideString const& id) {
-    std::lock_guard const lock(mutex_);
+    Changing const lock(*this);
     if (object.isNull() || tables_ == nullptr) {
         return;
     }

@@ -105,8 +105,21 @@ std::optional<EditRecord> Project::edit(Cookie const& cookie) {
 }
 
 Result<Placement> Project::place(std::string const& sequence, Cookie const& edit, std::optional<double> in_s,
-                                 std::optional<double> out_s) {
-    return guardedResult<Placement>([&] { return state_->place(sequence, edit, in_s, out_s); });
+                                 std::optional<double> out_s, std::optional<std::int64_t> index) {
+    return guardedResult<Placement>([&] { return state_->place(sequence, edit, in_s, out_s, index); });
+}
+
+Result<Project::Use> Project::move(std::int64_t placement, std::int64_t index) {
+    return guardedResult<Use>([&] { return state_->move(placement, index); });
+}
+
+Result<Project::Use> Project::trim(std::int64_t placement, std::optional<double> in_s,
+                                   std::optional<double> out_s) {
+    return guardedResult<Use>([&] { return state_->trim(placement, in_s, out_s); });
+}
+
+Result<Project::Use> Project::remove(std::int64_t placement) {
+    return guardedResult<Use>([&] { return state_->remove(placement); });
 }
 
 std::vector<std::string> Project::sequenceNames() {
@@ -135,6 +148,22 @@ std::optional<Result<RelinkReport>> Project::lastRelink(Cookie const& edit) {
 
 Result<std::string> Project::undo() {
     return guardedResult<std::string>([this] { return state_->undo(); });
+}
+
+Result<std::string> Project::redo() {
+    return guardedResult<std::string>([this] { return state_->redo(); });
+}
+
+Project::History Project::history() {
+    return guarded(History(), [this] { return state_->history(); });
+}
+
+std::int64_t Project::revision() {
+    return guarded(std::int64_t{0}, [this] { return state_->revision(); });
+}
+
+void Project::onChange(std::function<void()> listener) {
+    state_->onChange(std::move(listener));
 }
 
 } // namespace engine

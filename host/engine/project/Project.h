@@ -68,19 +68,33 @@ public:
     [[nodiscard]] std::vector<EditRecord> edits();
     [[nodiscard]] std::optional<EditRecord> edit(Cookie const& cookie);
 
-    // Places the piece of the edit between two times at the end of the sequence, which is made where there is
-    // none of that name; the edit is kept from now on. The times snap to frames of the clip: `in` down, `out`
-    // up; nothing stands for the clip's own beginning and end. One step of undo().
+    // What follows changes sequences, each one step of undo(). Indices count the placements of a sequence
+    // from 0; those behind a change move, so that no gap is left.
+    //
+    // Places the piece of the edit between two times in the sequence, which is made where there is none of
+    // that name: before the placement at the index, or at the end. The edit is kept from now on. The times
+    // snap to frames of the clip: `in` down, `out` up; nothing stands for the clip's own beginning and end.
     [[nodiscard]] Result<Placement> place(std::string const& sequence, Cookie const& edit,
-                                          std::optional<double> in_s, std::optional<double> out_s);
-    // By name, letter case and all.
-    [[nodiscard]] std::vector<std::string> sequenceNames();
-    [[nodiscard]] std::optional<Sequence> sequence(std::string const& name);
-    // Every use of the edit.
+                                          std::optional<double> in_s, std::optional<double> out_s,
+                                          std::optional<std::int64_t> index = {});
     struct Use {
         std::string sequence;
         Placement placement;
     };
+    // Moves the placement of that number in its sequence, so that it stands at the index. Gives it as it
+    // stands then. One that stands there already is no step.
+    [[nodiscard]] Result<Use> move(std::int64_t placement, std::int64_t index);
+    // Has the placement show another piece of its clip, with times as place() takes them; nothing leaves that
+    // end as it is, and one of them is needed. Gives it as it stands then. The same piece is no step.
+    [[nodiscard]] Result<Use> trim(std::int64_t placement, std::optional<double> in_s,
+                                   std::optional<double> out_s);
+    // Removes the placement, and the sequence with its last one. Gives it as it stood.
+    [[nodiscard]] Result<Use> remove(std::int64_t placement);
+
+    // By name, letter case and all.
+    [[nodiscard]] std::vector<std::string> sequenceNames();
+    [[nodiscard]] std::optional<Sequence> sequence(std::string const& name);
+    // Every use of the edit.
     [[nodiscard]] std::vector<Use> usesOf(Cookie const& edit);
 
     // Has the edit play the file: see iEditStore::useMedia. A file that is refused is named in the failure
@@ -91,8 +105,25 @@ public:
     // How the last relinking of the edit in this process ended; nothing where there was none.
     [[nodiscard]] std::optional<Result<RelinkReport>> lastRelink(Cookie const& edit);
 
-    // Takes the last step back, that of an earlier run too, and gives it in words.
+    // Takes the last step back, that of an earlier run too, and gives it in words. The last 1000 are kept.
     [[nodiscard]] Result<std::string> undo();
+    // Does again what undo() took back last, in an earlier run too, and gives it in words. A new step leaves
+    // nothing to do again.
+    [[nodiscard]] Result<std::string> redo();
+    struct History {
+        std::int64_t revision = 0; // of what the words tell
+        std::string undo;          // what undo() would take back, in words; empty where there is nothing
+        std::string redo;          // the same for redo()
+    };
+    [[nodiscard]] History history();
+    // A number that rises with every change that is on disk, another process's too; 0 where the project
+    // cannot be read. Cheap.
+    [[nodiscard]] std::int64_t revision();
+    // Has the listener run after each change by this object or an edit that it gave out, on the thread that
+    // made the change and with no lock of the project held; one call at a time. Empty for none. When this
+    // returns, a former listener runs no more, unless it is the one that calls; so a caller must hold no lock
+    // that a listener waits for. None runs from the destructor on.
+    void onChange(std::function<void()> listener);
 
 private:
     explicit Project(std::shared_ptr<ProjectState> state);

@@ -44,6 +44,11 @@ std::optional<EditRecord> ProjectState::recordOf(Cookie const& cookie) {
     return reading(std::optional<EditRecord>(), [this, &cookie] { return tables_->edits.find(cookie); });
 }
 
+std::optional<EditRecord> ProjectState::lookUp(Cookie const& cookie) {
+    Held const* const held = find(cookie);
+    return held != nullptr && held->record ? held->record : tables_->edits.find(cookie);
+}
+
 void ProjectState::forgetIfIdle(HeldEdits::iterator held) {
     if (held->second.opened == 0 && !held->second.record && held->second.ids.empty()) {
         held_.erase(held);
@@ -157,7 +162,7 @@ void ProjectState::handleOpened(Cookie const& cookie) {
 }
 
 void ProjectState::handleClosed(Cookie const& cookie) {
-    std::lock_guard const lock(mutex_);
+    Changing const lock(*this);
     auto const held = held_.find(cookie);
     if (held != held_.end() && held->second.opened > 0 && --held->second.opened == 0) {
         keepChanges(held);
@@ -165,7 +170,7 @@ void ProjectState::handleClosed(Cookie const& cookie) {
 }
 
 void ProjectState::change(Cookie const& cookie, std::function<void(EditRecord&)> const& change) {
-    std::lock_guard const lock(mutex_);
+    Changing const lock(*this);
     std::optional<EditRecord> record = recordOf(cookie);
     if (!record) {
         return;
@@ -180,7 +185,7 @@ void ProjectState::change(Cookie const& cookie, std::function<void(EditRecord&)>
 }
 
 void ProjectState::setTemporary(Cookie const& cookie, bool temporary) {
-    std::lock_guard const lock(mutex_);
+    Changing const lock(*this);
     auto const held = held_.find(cookie);
     if (held == held_.end() || !held->second.record || held->second.stored) {
         if (std::optional<EditRecord> const record = temporary ? recordOf(cookie) : std::nullopt) {

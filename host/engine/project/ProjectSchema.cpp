@@ -133,8 +133,27 @@ CREATE TABLE step_difference (
 )");
 }
 
+void addRedoAndRevision(Database& database) {
+    // An empty sequence stands for a placement that is nowhere on the other side of its step: of the kinds
+    // that were there before, only placing has to do with one, and before it there was none.
+    database.execute(R"(
+ALTER TABLE step RENAME COLUMN previous_media TO media;
+ALTER TABLE step RENAME COLUMN previous_bit_rate TO bit_rate;
+ALTER TABLE step ADD COLUMN undone INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE step ADD COLUMN sequence TEXT NOT NULL DEFAULT '';
+ALTER TABLE step ADD COLUMN rate INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE step ADD COLUMN position INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE step ADD COLUMN clip_in INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE step ADD COLUMN clip_out INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE step ADD COLUMN length INTEGER NOT NULL DEFAULT 0;
+
+CREATE TABLE revision (number INTEGER NOT NULL);
+INSERT INTO revision VALUES (0);
+)");
+}
+
 // Each brings a file from the version that is its index to the next.
-constexpr void (*migrations[])(Database&) = {makeTables, addStepsAndDifferences};
+constexpr void (*migrations[])(Database&) = {makeTables, addStepsAndDifferences, addRedoAndRevision};
 constexpr auto known = static_cast<std::int64_t>(std::size(migrations));
 
 bool hasRow(Database& database, char const* sql) {

@@ -13,6 +13,8 @@ namespace {
 
 using Access = ProjectTables::Access;
 
+constexpr char const* nameless = "a clip";
+
 // With the locks for opening and for writing held.
 std::unique_ptr<ProjectTables> openForWriting(std::filesystem::path const& file,
                                               std::filesystem::path& damaged) {
@@ -34,7 +36,20 @@ std::unique_ptr<ProjectTables> openForWriting(std::filesystem::path const& file,
 
 std::string plainName(EditRecord const& record) {
     std::string name(toUTF8(Zq::onOneLine(record.name())).view());
-    return name.find_first_not_of(' ') == std::string::npos ? "a clip" : name;
+    return name.find_first_not_of(' ') == std::string::npos ? nameless : name;
+}
+
+std::string quotedName(EditRecord const& record) {
+    std::string const name = plainName(record);
+    return name == nameless ? name : "\"" + name + "\"";
+}
+
+ProjectState::Changing::~Changing() {
+    bool const changed = std::exchange(state_.changed_, false);
+    lock_.unlock();
+    if (changed) {
+        state_.listener_.tell();
+    }
 }
 
 ProjectState::ProjectState(std::filesystem::path file, Project::Inspect inspect)
@@ -64,6 +79,7 @@ std::filesystem::path ProjectState::damagedFile() {
 
 void ProjectState::close() noexcept {
     try {
+        listener_.set({});
         std::lock_guard const lock(mutex_);
         for (auto held = held_.begin(); held != held_.end();) {
             auto const next = std::next(held);

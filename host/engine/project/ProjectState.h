@@ -8,6 +8,7 @@
 #include <mutex>
 
 #include "host/engine/files/FileDescriptor.h"
+#include "host/engine/project/ChangeListener.h"
 #include "host/engine/project/Project.h"
 #include "host/engine/project/ProjectTables.h"
 #include "host/log/Log.h"
@@ -41,7 +42,12 @@ public:
     void associate(Cookie const& object, WideString const& kind, WideString const& id);
 
     [[nodiscard]] Result<Placement> place(std::string const& sequence, Cookie const& edit,
-                                          std::optional<double> in_s, std::optional<double> out_s);
+                                          std::optional<double> in_s, std::optional<double> out_s,
+                                          std::optional<std::int64_t> index);
+    [[nodiscard]] Result<Project::Use> move(std::int64_t placement, std::int64_t index);
+    [[nodiscard]] Result<Project::Use> trim(std::int64_t placement, std::optional<double> in_s,
+                                            std::optional<double> out_s);
+    [[nodiscard]] Result<Project::Use> remove(std::int64_t placement);
     [[nodiscard]] std::vector<std::string> sequenceNames();
     [[nodiscard]] std::optional<Sequence> sequence(std::string const& name);
     [[nodiscard]] std::vector<Project::Use> usesOf(Cookie const& edit);
@@ -53,8 +59,28 @@ public:
     bool analyse(Cookie const& edit);
 
     [[nodiscard]] Result<std::string> undo();
+    [[nodiscard]] Result<std::string> redo();
+    [[nodiscard]] Project::History history();
+    [[nodiscard]] std::int64_t revision();
+    void onChange(std::function<void()> listener) { listener_.set(std::move(listener)); }
 
 private:
+    // The lock for an operation that may change the project. Once it is let go, the listener is told of what
+    // was committed under it.
+    class Changing {
+    public:
+        explicit Changing(ProjectState& state) : state_(state), lock_(state.mutex_) {}
+        ~Changing();
+        Changing(Changing const&) = delete;
+        Changing& operator=(Changing const&) = delete;
+
+    private:
+        ProjectState& state_;
+        std::unique_lock<std::mutex> lock_;
+    };
+    // Which way through the steps.
+    enum class Way { back, forth };
+
     // What is in memory of an edit, or of another object that has external ids.
     struct Held {
         std::uint32_t opened = 0; // EditPtrs that lead here
@@ -80,6 +106,8 @@ private:
 
     [[nodiscard]] Held* find(Cookie const& cookie);
     [[nodiscard]] std::optional<EditRecord> recordOf(Cookie const& cookie);
+    // The same inside of reading() and writing().
+    [[nodiscard]] std::optional<EditRecord> lookUp(Cookie const& cookie);
     void forgetIfIdle(HeldEdits::iterator held);
     void keepChanges(HeldEdits::iterator held);
     // Inside of writing(): writes the edit with the ids that are in memory, and gives its number.
@@ -88,7 +116,24 @@ private:
     void settle(Cookie const& cookie);
     [[nodiscard]] std::int64_t nextSerial();
 
+    // Inside of writing(): has the placement stand as the piece says, nowhere for none, and gives how it
+    // stood.
+    std::optional<PlacedPiece> exchange(std::int64_t placement, std::optional<PlacedPiece> const& piece);
+    // Has the placement stand as `change` makes of how it stands, as one step; the same is none. `words` are
+    // those around the edit's name.
+    using ChangePiece = std::function<std::optional<PlacedPiece>(PlacedPiece const&, Cookie const&)>;
+    struct StepWords {
+        Step::Kind kind;
+        char const* before;
+        char const* behind;
+    };
+    [[nodiscard]] Result<Project::Use> changePlacement(std::int64_t placement, StepWords const& words,
+                                                       ChangePiece const& change);
+    // Exchanges the step with what the project has. Gives the edit that it stored, if any.
+    [[nodiscard]] Cookie goThrough(Step& step);
+
     // These without it.
+    [[nodiscard]] Result<std::string> go(Way way);
     [[nodiscard]] Result<MediaFacts> look(WideString const& path) const;
     [[nodiscard]] Relinking tryToRelink(Cookie const& edit, WideString const& path);
     [[nodiscard]] Result<RelinkReport> recordRelinking(Cookie const& edit, WideString const& path,
@@ -97,7 +142,9 @@ private:
     std::filesystem::path const file_;
     Project::Inspect const inspect_;
 
+    ChangeListener listener_;
     std::mutex mutex_;
+    bool changed_ = false;                  // something was committed and not told yet
     FileDescriptor writer_;                 // the writer's lock; none in a process that reads
     std::unique_ptr<ProjectTables> tables_; // null when closed
     HeldEdits held_;
@@ -106,8 +153,9 @@ private:
     std::map<Cookie, Result<RelinkReport>> relinkings_;
 };
 
-// The edit's name as it stands in a sentence.
+// The edit's name as it stands in a sentence, and with quotes around it.
 [[nodiscard]] std::string plainName(EditRecord const& record);
+[[nodiscard]] std::string quotedName(EditRecord const& record);
 
 // Runs the work on one view of the file; the fallback and a line in the log where it cannot be read.
 template <class Value, class Work>
@@ -133,7 +181,9 @@ auto ProjectState::writing(Work const& work) -> Result<decltype(work())> {
     try {
         Transaction transaction(tables_->database);
         auto value = work();
+        tables_->raiseRevision();
         transaction.commit();
+        changed_ = true;
         return value;
     } catch (Failure const& failure) {
         return failure;

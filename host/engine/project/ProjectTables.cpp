@@ -44,6 +44,15 @@ bool ProjectTables::isInPlace() const {
     return ::stat(file_.c_str(), &status) == 0 && status.st_dev == device_ && status.st_ino == inode_;
 }
 
+std::int64_t ProjectTables::revision() {
+    Statement row = database.prepare("SELECT number FROM revision");
+    return row.step() ? row.integer(0) : 0;
+}
+
+void ProjectTables::raiseRevision() {
+    database.execute("UPDATE revision SET number = number + 1");
+}
+
 ReadTransaction::ReadTransaction(Database& database) : database_(database) {
     database_.execute("BEGIN");
 }

@@ -30,6 +30,10 @@ public:
     // False when the file was removed or replaced since: what is written would be lost.
     [[nodiscard]] bool isInPlace() const;
 
+    // The number that rises with each transaction that changes the project; 0 for a new one.
+    [[nodiscard]] std::int64_t revision();
+    void raiseRevision();
+
     Database database;
     EditTable edits{database};
     ExternalIdTable ids{database};

@@ -38,6 +38,18 @@ void measure(ShotVideoMetadata& video, MediaFacts const& facts) {
     video.scanMode = facts.scanMode;
 }
 
+// Of a clip that nobody has told anything of: its repository knows no more than where it lies.
+void describeSource(EditRecord& record, MediaFacts const& facts) {
+    record.audioChannels = static_cast<std::uint8_t>(std::clamp(facts.audioChannels, 0, 255));
+    record.sourceDuration_s = lengthOf(facts);
+    record.sourceMedium = getMediumRollfromInputDetails(facts.scanMode, facts.rate);
+    record.frameBased = facts.scanMode == Zq::Image::ScanMode::progressive;
+    for (EditLabel& label : record.labels) {
+        label.frameRate = facts.rate;
+        label.countsIn1001 = Zq::has1001Factor(facts.rate);
+    }
+}
+
 void logRelinking(std::string const& name, WideString const& path, RelinkReport const& report) {
     for (MediaDifference const& difference : report.differences) {
         Log("%s: the %s of the file is %s, promised was %s", name.c_str(), wordFor(difference.what),
@@ -71,7 +83,7 @@ Result<MediaFacts> ProjectState::look(WideString const& path) const {
 Result<RelinkReport> ProjectState::recordRelinking(Cookie const& edit, WideString const& path,
                                                    MediaFacts const& facts) {
     std::string name;
-    std::lock_guard const lock(mutex_);
+    Changing const lock(*this);
     std::optional<EditRecord> record = recordOf(edit);
     if (!record) {
         return noSuchEdit(edit);
@@ -81,11 +93,11 @@ Result<RelinkReport> ProjectState::recordRelinking(Cookie const& edit, WideStrin
         Step step;
         step.kind = Step::Kind::relinking;
         name = plainName(*record);
-        step.words = "relinked " + name;
+        step.words = "relinking " + quotedName(*record);
         step.edit = edit;
-        step.previousMedia = record->mediaLocation;
-        step.previousBitRate = record->bitRate;
-        step.previousDifferences = std::move(record->differences);
+        step.media = record->mediaLocation;
+        step.bitRate = record->bitRate;
+        step.differences = std::move(record->differences);
         if (record->videoMeasured && hasPicture(facts)) {
             measure(record->video, facts);
         }
@@ -94,7 +106,7 @@ Result<RelinkReport> ProjectState::recordRelinking(Cookie const& edit, WideStrin
         record->bitRate = facts.bitRate;
         record->differences = report.differences;
         std::int64_t const number = store(*record);
-        if (step.previousMedia != path) {
+        if (step.media != path) {
             tables_->steps.add(step, number);
         }
         return report;
@@ -160,8 +172,11 @@ bool ProjectState::useMedia(Cookie const& edit, WideString const& path) {
     Relinking relinking = tryToRelink(edit, path);
     if (!relinking.result) {
         Log("A media file is not used: %s", relinking.result.error().c_str());
+        std::optional<EditRecord> const record = this->edit(edit);
+        // What is the edit's preview as well lay there before: nobody fetched it, and nobody would again.
+        bool const wasFetched = record && record->previewLocation != path;
         std::filesystem::path const kept =
-            relinking.refused ? setRefusedAside(path) : std::filesystem::path();
+            relinking.refused && wasFetched ? setRefusedAside(path) : std::filesystem::path();
         if (!kept.empty()) {
             Log("The refused file is kept as %s", kept.c_str());
         }
@@ -190,6 +205,9 @@ bool ProjectState::analyse(Cookie const& edit) {
         if (hasPicture(*facts) && (playsMedia || isUnpromised)) {
             measure(record.video, *facts);
             record.videoMeasured = true;
+        }
+        if (record.rate == Zq::FrameRate::unknown && record.duration_s <= 0) {
+            describeSource(record, *facts);
         }
         if (record.rate == Zq::FrameRate::unknown) {
             record.rate = facts->rate;

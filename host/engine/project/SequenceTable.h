@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "host/engine/project/PlacedPiece.h"
 #include "host/engine/project/Project.h"
 #include "host/engine/storage/Database.h"
 
@@ -24,17 +25,26 @@ public:
 
     // A sequence as placements are added to it.
     struct Head {
-        std::int64_t number = 0;
         Zq::FrameRate rate = Zq::FrameRate::unknown;
+        std::int64_t size = 0; // placements
     };
-    // The sequence of that name; made with the rate where there is none.
-    [[nodiscard]] Head findOrMake(std::string_view name, Zq::FrameRate rate);
-    // Adds the placement at the end, and gives it its number and its start.
-    void append(Head const& sequence, std::int64_t edit, Placement& placement);
-    // Removes the placement, the last of its sequence, and the sequence when nothing is left in it.
-    void remove(std::int64_t placement);
+    [[nodiscard]] std::optional<Head> head(std::string_view name);
+
+    [[nodiscard]] std::optional<Project::Use> use(std::int64_t placement);
+    [[nodiscard]] std::optional<PlacedPiece> piece(std::int64_t placement);
+    // Puts the piece in its sequence, which is made where there is none of that name, before the one that
+    // stands at its index, or at the end; those behind it move on. The placement gets that number, a new one
+    // for 0. Gives the number.
+    std::int64_t putIn(std::int64_t placement, PlacedPiece const& piece);
+    // Takes the placement out; those behind it close up. The sequence stays, with nothing in it too.
+    void takeOut(std::int64_t placement);
+    // Removes the sequences that nothing is left in.
+    void removeEmpty();
 
 private:
+    void shift(std::int64_t sequence, std::int64_t firstIndex, std::int64_t indices, std::int64_t frames);
+    [[nodiscard]] std::int64_t findOrMake(std::string_view name, Zq::FrameRate rate);
+
     Database& database_;
 };
 

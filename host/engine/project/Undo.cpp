@@ -1,39 +1,64 @@
-// Taking back the last step.
+// Going back and forth through the steps.
 
 #include "host/engine/project/ProjectState.h"
 
 namespace engine {
 
-Result<std::string> ProjectState::undo() {
-    std::lock_guard const lock(mutex_);
+Cookie ProjectState::goThrough(Step& step) {
+    if (step.kind != Step::Kind::relinking) {
+        step.piece = exchange(step.placement, step.piece);
+        return {};
+    }
+    std::optional<EditRecord> record = lookUp(step.edit);
+    if (!record) {
+        return {};
+    }
+    std::swap(record->mediaLocation, step.media);
+    std::swap(record->bitRate, step.bitRate);
+    std::swap(record->differences, step.differences);
+    (void)store(*record);
+    return step.edit;
+}
+
+Result<std::string> ProjectState::go(Way way) {
+    Changing const lock(*this);
     Cookie touched;
-    Result<std::string> undone = writing([&] {
-        std::optional<Step> step = tables_->steps.last();
+    Result<std::string> gone = writing([&] {
+        std::optional<Step> step = way == Way::back ? tables_->steps.lastDone() : tables_->steps.nextUndone();
         if (!step) {
-            throw Failure{"there is nothing to take back"};
+            throw Failure{way == Way::back ? "there is nothing to take back"
+                                           : "there is nothing to do again"};
         }
-        if (step->kind == Step::Kind::placing) {
-            tables_->sequences.remove(step->placement);
-        } else {
-            Held const* const held = find(step->edit);
-            std::optional<EditRecord> record =
-                held != nullptr && held->record ? held->record : tables_->edits.find(step->edit);
-            if (record) {
-                record->mediaLocation = step->previousMedia;
-                record->bitRate = step->previousBitRate;
-                record->differences = std::move(step->previousDifferences);
-                store(*record);
-                touched = step->edit;
-            }
-        }
-        tables_->steps.remove(step->number);
+        touched = goThrough(*step);
+        tables_->steps.save(*step, way == Way::back);
         return step->words;
     });
-    if (undone) {
+    if (gone) {
         settle(touched);
-        Log("Taken back: %s", undone->c_str());
+        Log("%s: %s", way == Way::back ? "Taken back" : "Done again", gone->c_str());
     }
-    return undone;
+    return gone;
+}
+
+Result<std::string> ProjectState::undo() {
+    return go(Way::back);
+}
+
+Result<std::string> ProjectState::redo() {
+    return go(Way::forth);
+}
+
+Project::History ProjectState::history() {
+    std::lock_guard const lock(mutex_);
+    return reading(Project::History(), [this] {
+        return Project::History{tables_->revision(), tables_->steps.wordsOfLastDone(),
+                                tables_->steps.wordsOfNextUndone()};
+    });
+}
+
+std::int64_t ProjectState::revision() {
+    std::lock_guard const lock(mutex_);
+    return reading(std::int64_t{0}, [this] { return tables_->revision(); });
 }
 
 } // namespace engine

@@ -23,6 +23,11 @@ bool isRegular(std::filesystem::path const& file) {
     return ::lstat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
+// What cannot be written, such as a disc, has nothing to put on disk.
+bool putOnDisk(int descriptor) {
+    return ::fsync(descriptor) == 0 || errno == EINVAL || errno == EROFS;
+}
+
 bool isNowhere(int error) {
     return error == ENOENT || error == ENOTDIR || error == ENAMETOOLONG;
 }
@@ -63,7 +68,7 @@ std::string putOnDisk(WideString const& path) {
     std::filesystem::path const real = std::filesystem::canonical(file, error);
     std::filesystem::path const folder = error ? std::filesystem::path(".") : real.parent_path();
     FileDescriptor const parent(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (::fsync(opened.get()) != 0 || !parent || ::fsync(parent.get()) != 0) {
+    if (!putOnDisk(opened.get()) || !parent || !putOnDisk(parent.get())) {
         return reason(file);
     }
     return {};

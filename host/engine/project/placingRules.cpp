@@ -53,6 +53,31 @@ Result<Piece> pieceBetween(EditRecord const& clip, std::optional<double> in_s, s
     return piece;
 }
 
+Result<Piece> trimmed(Piece const& piece, EditRecord const& clip, std::optional<double> in_s,
+                      std::optional<double> out_s) {
+    if (!in_s && !out_s) {
+        return Failure{"trimming needs an in point or an out point"};
+    }
+    Result<Piece> const between = pieceBetween(clip, in_s, out_s);
+    if (!between) {
+        return between;
+    }
+    Piece const left{in_s ? between->in : piece.in, out_s ? between->out : piece.out};
+    if (left.in >= left.out) {
+        return Failure{in_s ? "the in point (" + seconds(*in_s) + ") does not lie before the end of the piece"
+                            : "the out point (" + seconds(*out_s) +
+                                  ") does not lie behind the beginning of the piece"};
+    }
+    return left;
+}
+
+std::string problemOfIndex(std::int64_t index, std::int64_t size) {
+    if (index >= 0 && index < size) {
+        return {};
+    }
+    return size == 1 ? "the only position is 1" : "positions go from 1 to " + std::to_string(size);
+}
+
 std::string problemOfSequenceName(std::string const& name) {
     WideString const wide = fromUTF8(std::string_view(name));
     if (std::ranges::all_of(wide, [](wchar_t unit) { return unit == L' '; })) {

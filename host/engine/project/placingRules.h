@@ -20,6 +20,15 @@ struct Piece {
 [[nodiscard]] Result<Piece> pieceBetween(EditRecord const& clip, std::optional<double> in_s,
                                          std::optional<double> out_s);
 
+// The piece that is left of one after trimming it with such times; nothing stands for the end that it has.
+// The failure is a text for a person, also where neither is given.
+[[nodiscard]] Result<Piece> trimmed(Piece const& piece, EditRecord const& clip, std::optional<double> in_s,
+                                    std::optional<double> out_s);
+
+// Why no piece can stand at the index, from 0, in a sequence that has `size` pieces then; empty where one
+// can. People count positions from 1.
+[[nodiscard]] std::string problemOfIndex(std::int64_t index, std::int64_t size);
+
 // Why a sequence cannot have that name; empty where it can.
 [[nodiscard]] std::string problemOfSequenceName(std::string const& name);
 

@@ -80,6 +80,36 @@ TEST_F(Analysis, OfAPreviewFillsInWhatNobodyPromised) {
     EXPECT_TRUE(project().place("S", clip, {}, {}));
 }
 
+TEST_F(Analysis, OfAClipThatNobodyDescribedTellsAllOfItsSource) {
+    Cookie const clip = makeClip(1, L"x", unknown, 0);
+    EditPtr(project().open(clip))
+        ->addLabel(editLabFrom(0, Zq::Image::ScanMode::progressive, unknown, false), true);
+    engine::MediaFacts file = facts(f29_97, 300, 6);
+    file.scanMode = Zq::Image::ScanMode::interlacedUpperFirst;
+    EditPtr(project().open(clip))->setPreviewLocation(makeMedia("own.mov", file));
+
+    ASSERT_TRUE(analyse(clip));
+
+    engine::EditRecord const record = project().edit(clip).value();
+    EXPECT_EQ(record.audioChannels, 6);
+    EXPECT_DOUBLE_EQ(record.sourceDuration_s, 10.01);
+    EXPECT_EQ(record.sourceMedium, MediumRollMedium::interlaced30);
+    EXPECT_FALSE(record.frameBased);
+    ASSERT_EQ(record.labels.size(), 1U);
+    EXPECT_EQ(record.labels[0].frameRate, f29_97);
+    EXPECT_TRUE(record.labels[0].countsIn1001);
+    EXPECT_THAT(project().relink(clip, record.previewLocation)->differences, IsEmpty());
+}
+
+TEST_F(Analysis, LeavesTheSoundThatSomebodyHasPromised) {
+    Cookie const clip = makeClip(1, L"x");
+    givePreview(clip);
+    engine::MediaFacts silent = facts(f25, 250, 0);
+    shelf.put(L"Virtual:T7 https://host/p.mov", silent);
+    ASSERT_TRUE(analyse(clip));
+    EXPECT_EQ(project().edit(clip).value().audioChannels, 2);
+}
+
 TEST_F(Analysis, TheSizeOfAPreviewIsNoPromiseOfThatOfTheMedia) {
     Cookie const clip = makeClip(1, L"x");
     givePreview(clip);

@@ -39,10 +39,11 @@ protected:
         return folder.path() / ("media" + std::to_string(number) + ".mov");
     }
 
-    // Does the one change that the number stands for. Each is one commit.
+    // Does the one change that the number stands for. Each is one commit, or none where it changes nothing.
     void perform(engine::Project& project, int number) {
-        Cookie const clip = numbered(number - number % 7);
-        switch (number % 7) {
+        Cookie const clip = numbered(number - number % 11);
+        auto const inA = [&project] { return project.sequence("A").value_or(engine::Sequence()).placements; };
+        switch (number % 11) {
         case 0: {
             EditPtr const edit(project.makeNewClip(1, 2, 10, f25, clip));
             LogAttributeMap attributes = named(fromUTF8("clip " + std::to_string(number)));
@@ -62,10 +63,24 @@ protected:
             done(project.relink(clip, engine::wideText(media(number % 3))));
             break;
         case 4:
-            done(project.place("B " + std::to_string(number / 21), clip, 0.4, 2.2));
+            done(project.place("B " + std::to_string(number / 33), clip, 0.4, 2.2, 0));
+            break;
+        case 6:
+            done(project.undo());
+            break;
+        case 7:
+            done(project.redo());
+            break;
+        case 8:
+            done(project.move(inA().back().number, 0));
+            break;
+        case 9:
+            done(project.trim(inA().front().number, 0.04 * (number % 5), 4.0));
             break;
         default:
-            done(project.undo());
+            // Every second time, so that the sequence grows.
+            done(number % 2 == 0 ? project.remove(inA().back().number)
+                                 : project.trim(inA().back().number, {}, 5.0));
         }
     }
     template <class Value>
@@ -77,7 +92,7 @@ protected:
 
     // All that the project has, in words.
     static std::string stateOf(engine::Project& project, fs::path const& file) {
-        std::string text;
+        std::string text = "revision " + std::to_string(project.revision()) + "\n";
         for (engine::EditRecord const& edit : project.edits()) {
             text += engine::cookieText(edit.cookie) + " " + std::string(toUTF8(edit.mediaLocation).view()) +
                     " " + std::to_string(edit.bitRate) + " " + std::to_string(edit.labels.size());
@@ -106,10 +121,11 @@ protected:
         }
         engine::Database database(file);
         for (engine::Statement row = database.prepare(
-                 "SELECT words, placement, previous_media, previous_bit_rate, "
+                 "SELECT words, placement, media, bit_rate, undone, sequence, rate, position, clip_in, "
+                 "clip_out, length, "
                  "(SELECT count(*) FROM step_difference WHERE step = number) FROM step ORDER BY number");
              row.step();) {
-            for (int column = 0; column < 5; ++column) {
+            for (int column = 0; column < 12; ++column) {
                 text += std::string(row.text(column)) + " ";
             }
             text += "\n";

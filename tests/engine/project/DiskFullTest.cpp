@@ -82,9 +82,9 @@ TEST_F(DiskFull, WhatCannotBeWrittenIsRefusedAndLeavesAllAsItWas) {
     reopen();
     EXPECT_EQ(project().sequence("S").value().placements.size(), 2U);
     EXPECT_EQ(mediaOf(placed), media);
-    EXPECT_EQ(*project().undo(), "relinked placed");
-    EXPECT_EQ(*project().undo(), "placed temporary in S");
-    EXPECT_EQ(*project().undo(), "placed placed in S");
+    EXPECT_EQ(*project().undo(), "relinking \"placed\"");
+    EXPECT_EQ(*project().undo(), "placing \"temporary\" in \"S\"");
+    EXPECT_EQ(*project().undo(), "placing \"placed\" in \"S\"");
     EXPECT_FALSE(project().undo());
 }
 

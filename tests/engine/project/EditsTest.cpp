@@ -188,7 +188,7 @@ TEST_F(Edits, NamesBeyondTheBasicPlaneComeBackAsTheyWere) {
     EXPECT_EQ(project().sequenceNames(), std::vector<std::string>{"\xF0\x9F\x8E\xAC Szene Ä"});
     EXPECT_EQ(project().undo().error(), "");
     engine::Result<std::string> const undone = project().undo();
-    EXPECT_EQ(*undone, "placed \xF0\x9F\x8E\xAC\xF0\xA0\xAE\xB7 in \xF0\x9F\x8E\xAC Szene Ä");
+    EXPECT_EQ(*undone, "placing \"\xF0\x9F\x8E\xAC\xF0\xA0\xAE\xB7\" in \"\xF0\x9F\x8E\xAC Szene Ä\"");
 }
 
 TEST_F(Edits, ALoneSurrogateIsReplacedAndHarmsNothing) {

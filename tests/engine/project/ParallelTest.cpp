@@ -91,6 +91,86 @@ TEST_F(InParallel, OneEditIsChangedReadPlacedAndRelinkedAtOnce) {
     EXPECT_FALSE(project().sequence("S"));
 }
 
+TEST_F(InParallel, ASequenceThatManyArrangeStaysWhole) {
+    Cookie const clip = makeKeptClip(1, L"x");
+    for (int i = 0; i < 6; ++i) {
+        ASSERT_TRUE(project().place("S", clip, {}, 1.0 + i));
+    }
+    std::atomic<std::int64_t> told = 0;
+    std::atomic<std::int64_t> seen = 0;
+    project().onChange([&] {
+        ++told;
+        std::int64_t const revision = project().history().revision;
+        EXPECT_GE(revision, seen.exchange(revision)) << "one call at a time, each after its change";
+    });
+    std::int64_t const before = project().revision();
+    std::atomic<std::int64_t> changes = 0;
+    onThreads(5, [&](int thread) {
+        for (std::int64_t i = 0; i < 12; ++i) {
+            std::int64_t const number = 1 + (i * 5 + thread) % 6;
+            // Those that find their piece gone, or where it is to go, change nothing.
+            std::int64_t const revision = project().revision();
+            EXPECT_GE(revision, before);
+            switch (thread) {
+            case 0:
+                (void)project().move(number, i % 3);
+                break;
+            case 1:
+                (void)project().trim(number, 0.04 * static_cast<double>(i), {});
+                break;
+            case 2:
+                changes += project().undo() ? 1 : 0;
+                changes += project().redo() ? 1 : 0;
+                break;
+            case 3:
+                changes += project().place("S", clip, {}, 0.5, 0) ? 1 : 0;
+                break;
+            default:
+                changes += i % 4 == 0 && project().remove(number) ? 1 : 0;
+            }
+            std::int64_t end = 0;
+            engine::Sequence const sequence = project().sequence("S").value_or(engine::Sequence());
+            for (engine::Placement const& placement : sequence.placements) {
+                EXPECT_EQ(placement.start, end);
+                end += placement.length;
+            }
+        }
+    });
+    project().onChange({});
+    EXPECT_GE(project().revision() - before, changes);
+    EXPECT_EQ(project().revision() - before, told);
+    EXPECT_EQ(project().revision(), seen);
+    while (project().undo()) {
+    }
+    EXPECT_FALSE(project().sequence("S"));
+}
+
+TEST_F(InParallel, AFormerListenerIsNotRunningWhenItWasReplaced) {
+    Cookie const clip = makeKeptClip(1, L"x");
+    std::atomic<bool> placing = true;
+    std::jthread const placer([&] {
+        while (placing) {
+            EXPECT_TRUE(project().place("S", clip, {}, {}));
+        }
+    });
+    for (int i = 0; i < 20; ++i) {
+        std::barrier met(2);
+        auto state = std::make_unique<int>(0);
+        bool isFirst = true;
+        project().onChange([&met, &isFirst, counted = state.get()] {
+            ++*counted;
+            if (std::exchange(isFirst, false)) {
+                met.arrive_and_wait();
+            }
+        });
+        met.arrive_and_wait();
+        project().onChange({});
+        EXPECT_GE(*state, 1);
+        state.reset();
+    }
+    placing = false;
+}
+
 TEST_F(InParallel, TheProjectAnswersWhileAFileIsLookedAt) {
     closeProject();
     std::barrier looking(2);

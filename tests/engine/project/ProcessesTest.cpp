@@ -15,14 +15,33 @@ class Processes : public ProjectTest {
 protected:
     Processes() { closeProject(); }
 
-    // One that opens the project, says so, and then does each word it hears: 'p' places, 'q' ends.
+    // One that opens the project, says so, and then does each word it hears: 'p' places, 'm' moves the first
+    // piece to the end, 'u' and 'r' go through the steps. Another word ends it.
     auto writer() {
         return [this](ParentLine const& line) {
             auto const opened = openAnother();
             line.tell(opened != nullptr && opened->canWrite() ? 'w' : 'r');
-            for (char word = line.hear(); word == 'p'; word = line.hear()) {
-                (void)opened->makeNewClip(1, 2, 10, f25, cookieOf(1));
-                line.tell(opened->place("S", cookieOf(1), {}, {}) ? 'y' : 'n');
+            for (char word = line.hear(); opened != nullptr; word = line.hear()) {
+                switch (word) {
+                case 'p':
+                    (void)opened->makeNewClip(1, 2, 10, f25, cookieOf(1));
+                    line.tell(opened->place("S", cookieOf(1), {}, {}) ? 'y' : 'n');
+                    break;
+                case 'm': {
+                    auto const pieces = opened->sequence("S").value_or(engine::Sequence()).placements;
+                    auto const last = static_cast<std::int64_t>(pieces.size()) - 1;
+                    line.tell(last >= 0 && opened->move(pieces[0].number, last) ? 'y' : 'n');
+                    break;
+                }
+                case 'u':
+                    line.tell(opened->undo() ? 'y' : 'n');
+                    break;
+                case 'r':
+                    line.tell(opened->redo() ? 'y' : 'n');
+                    break;
+                default:
+                    return;
+                }
             }
         };
     }
@@ -43,6 +62,48 @@ TEST_F(Processes, TheFirstWritesAndTheSecondSeesWhatItCommits) {
     }
 }
 
+TEST_F(Processes, TheSecondSeesEveryStepAndTheRevisionRise) {
+    ChildProcess const first(writer());
+    ASSERT_EQ(first.hear(), 'w');
+    auto const second = openAnother();
+    int told = 0;
+    second->onChange([&told] { ++told; });
+    std::int64_t revision = second->revision();
+    std::vector<std::string> seen;
+    for (char const word : {'p', 'p', 'm', 'u', 'r', 'u', 'u'}) {
+        first.tell(word);
+        ASSERT_EQ(first.hear(), 'y') << word;
+        EXPECT_EQ(second->revision(), revision + 1) << word;
+        revision = second->revision();
+        std::string numbers;
+        engine::Sequence const sequence = second->sequence("S").value();
+        for (engine::Placement const& placement : sequence.placements) {
+            numbers += std::to_string(placement.number);
+        }
+        seen.push_back(numbers + " " + second->history().undo + "|" + second->history().redo);
+    }
+    std::string const place = "placing a clip in \"S\"";
+    std::string const move = "moving a clip in \"S\"";
+    EXPECT_THAT(seen, testing::ElementsAre("1 " + place + "|", "12 " + place + "|", "21 " + move + "|",
+                                           "12 " + place + "|" + move, "21 " + move + "|",
+                                           "12 " + place + "|" + move, "1 " + place + "|" + place));
+    EXPECT_EQ(told, 0) << "the listener is for changes of its own process";
+}
+
+TEST_F(Processes, WhenTheWriterIsKilledTheReaderDoesAgainWhatItTookBack) {
+    ChildProcess first(writer());
+    ASSERT_EQ(first.hear(), 'w');
+    for (char const word : {'p', 'p', 'm', 'u'}) {
+        first.tell(word);
+        ASSERT_EQ(first.hear(), 'y') << word;
+    }
+    auto const second = openAnother();
+    EXPECT_EQ(second->redo().error(), refusal);
+    first.kill();
+    EXPECT_EQ(*second->redo(), "moving a clip in \"S\"");
+    EXPECT_EQ(second->sequence("S").value().placements[0].number, 2);
+}
+
 TEST_F(Processes, TheSecondIsRefusedEveryChangeWithAReason) {
     ChildProcess const first(writer());
     ASSERT_EQ(first.hear(), 'w');
@@ -53,7 +114,11 @@ TEST_F(Processes, TheSecondIsRefusedEveryChangeWithAReason) {
 
     EXPECT_EQ(second->place("S", cookieOf(1), {}, {}).error(), refusal);
     EXPECT_EQ(second->relink(cookieOf(1), media).error(), refusal);
+    EXPECT_EQ(second->move(1, 0).error(), refusal);
+    EXPECT_EQ(second->trim(1, 1.0, {}).error(), refusal);
+    EXPECT_EQ(second->remove(1).error(), refusal);
     EXPECT_EQ(second->undo().error(), refusal);
+    EXPECT_EQ(second->redo().error(), refusal);
     EXPECT_TRUE(second->checkRelink(cookieOf(1), media)) << "which changes nothing";
     EditPtr(second->open(cookieOf(1)))->setLogAttributes(named(L"mine"));
     EXPECT_EQ(log.count("a clip: its changes are not kept") + log.count("mine: its changes are not kept"), 1);
@@ -116,7 +181,7 @@ TEST_F(Processes, WhenTheWriterIsKilledTheNextToOpenWrites) {
     first.kill();
     auto const next = openAnother();
     EXPECT_TRUE(next->canWrite());
-    EXPECT_EQ(*next->undo(), "placed a clip in S");
+    EXPECT_EQ(*next->undo(), "placing a clip in \"S\"");
 }
 
 TEST_F(Processes, OfManyThatOpenANewProjectAtOnceExactlyOneWrites) {

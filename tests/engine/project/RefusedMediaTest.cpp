@@ -61,6 +61,18 @@ TEST_F(RefusedMedia, EveryRefusedFileIsKeptUnderANameOfItsOwn) {
     EXPECT_EQ(engine::readWholeFile(folder.path() / "bad.mov.refused-3", 100), "bytes of bad.mov2");
 }
 
+TEST_F(RefusedMedia, AFileThatIsTheEditsPreviewAsWellStaysWhereItsOwnerPutIt) {
+    Cookie const clip = makeClip(1, L"x");
+    WideString const path = makeFile("own.mov");
+    EditPtr(project().open(clip))->setPreviewLocation(path);
+
+    EXPECT_FALSE(use(clip, path));
+
+    EXPECT_EQ(countOf("own.mov"), 1);
+    EXPECT_TRUE(fs::exists(engine::localPath(path)));
+    EXPECT_EQ(log.count("A media file is not used: "), 1);
+}
+
 TEST_F(RefusedMedia, WhatIsNoRegularFileStays) {
     Cookie const clip = makeClip(1, L"x");
     fs::create_directory(folder.path() / "folder.mov");

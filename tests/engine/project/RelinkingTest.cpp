@@ -176,7 +176,7 @@ TEST_F(Relinking, AFileThatNoDecoderOpensIsRefusedAndChangesNothing) {
     EXPECT_EQ(project().checkRelink(clip, bad).error(), report.error());
     EXPECT_EQ(mediaOf(clip), good);
     EXPECT_TRUE(std::filesystem::exists(engine::localPath(bad)));
-    EXPECT_EQ(*project().undo(), "relinked waves");
+    EXPECT_EQ(*project().undo(), "relinking \"waves\"");
     EXPECT_FALSE(project().undo());
 }
 
@@ -215,7 +215,7 @@ TEST_F(Relinking, ASecondTimeToTheSameFileSucceedsAndIsNoStep) {
 
     ASSERT_TRUE(again);
     EXPECT_THAT(inWords(project().edit(clip).value().differences), ElementsAre("length: 10.00 s -> 8.00 s"));
-    EXPECT_EQ(*project().undo(), "relinked waves");
+    EXPECT_EQ(*project().undo(), "relinking \"waves\"");
     EXPECT_TRUE(mediaOf(clip).isEmpty());
     EXPECT_FALSE(project().undo());
 }
@@ -260,6 +260,15 @@ TEST_F(Relinking, AVirtualPathNeedsNoFileOfTheDisk) {
     EXPECT_EQ(mediaOf(clip), path);
 }
 
+TEST_F(Relinking, AFileSystemThatIsNotWrittenHasNothingToPutOnDisk) {
+    Cookie const clip = makeClip(1, L"x");
+    WideString const path = L"/proc/self/status"; // a regular file that cannot be synced
+    shelf.put(path, facts(f25, 250));
+    engine::Result<engine::RelinkReport> const report = project().relink(clip, path);
+    EXPECT_TRUE(report) << report.error();
+    EXPECT_EQ(mediaOf(clip), path);
+}
+
 TEST_F(Relinking, AFileThatCannotBeReadIsNotRecorded) {
     if (::geteuid() == 0) {
         // The superuser reads everything: take a file whose way is a loop instead.
@@ -283,7 +292,7 @@ TEST_F(Relinking, ANameWithLineBreaksIsOneLineOfTheLogAndOneOfWords) {
     for (std::string const& line : log.lines()) {
         EXPECT_EQ(line.find('\n'), std::string::npos);
     }
-    EXPECT_EQ(*project().undo(), "relinked a b [31m");
+    EXPECT_EQ(*project().undo(), "relinking \"a b [31m\"");
 }
 
 } // namespace

@@ -20,9 +20,9 @@ TEST_F(Undo, OfAPlacingTakesItAwayAndKeepsTheEdit) {
     ASSERT_TRUE(project().place("S", clip, {}, {}));
     ASSERT_TRUE(project().place("S", clip, 1.0, 2.0));
 
-    EXPECT_EQ(*project().undo(), "placed waves in S");
+    EXPECT_EQ(*project().undo(), "placing \"waves\" in \"S\"");
     EXPECT_EQ(project().sequence("S").value().placements.size(), 1U);
-    EXPECT_EQ(*project().undo(), "placed waves in S");
+    EXPECT_EQ(*project().undo(), "placing \"waves\" in \"S\"");
     EXPECT_FALSE(project().sequence("S")) << "an empty sequence goes with its last placement";
     EXPECT_THAT(project().sequenceNames(), IsEmpty());
     EXPECT_EQ(project().edits().size(), 1U);
@@ -40,12 +40,12 @@ TEST_F(Undo, OfARelinkingBringsBackWhatTheEditPlayed) {
     ASSERT_TRUE(project().relink(clip, second));
     ASSERT_EQ(project().edit(clip).value().bitRate, 9);
 
-    EXPECT_EQ(*project().undo(), "relinked waves");
+    EXPECT_EQ(*project().undo(), "relinking \"waves\"");
     EXPECT_EQ(mediaOf(clip), first);
     EXPECT_EQ(project().edit(clip).value().bitRate, 50'000'000);
     EXPECT_THAT(inWords(project().edit(clip).value().differences), ElementsAre("length: 10.00 s -> 8.00 s"));
 
-    EXPECT_EQ(*project().undo(), "relinked waves");
+    EXPECT_EQ(*project().undo(), "relinking \"waves\"");
     EXPECT_TRUE(mediaOf(clip).isEmpty());
     EXPECT_EQ(project().edit(clip).value().bitRate, 0);
     EXPECT_THAT(project().edit(clip).value().differences, IsEmpty());
@@ -63,10 +63,10 @@ TEST_F(Undo, GoesBackThroughEarlierRunsInOrder) {
     ASSERT_TRUE(project().place("B", two, {}, {}));
     reopen();
 
-    EXPECT_EQ(*project().undo(), "placed two in B");
+    EXPECT_EQ(*project().undo(), "placing \"two\" in \"B\"");
     reopen();
-    EXPECT_EQ(*project().undo(), "relinked one");
-    EXPECT_EQ(*project().undo(), "placed one in A");
+    EXPECT_EQ(*project().undo(), "relinking \"one\"");
+    EXPECT_EQ(*project().undo(), "placing \"one\" in \"A\"");
     EXPECT_FALSE(project().undo());
     EXPECT_THAT(project().sequenceNames(), IsEmpty());
     EXPECT_EQ(project().edits().size(), 2U);
@@ -78,8 +78,8 @@ TEST_F(Undo, KeepsTheWordsOfTheTimeAndNamesTheNameless) {
     EditPtr(project().open(clip))->setLogAttributes(named(L"new name"));
     Cookie const nameless = makeClip(2, L" ");
     ASSERT_TRUE(project().place("S", nameless, {}, {}));
-    EXPECT_EQ(*project().undo(), "placed a clip in S");
-    EXPECT_EQ(*project().undo(), "placed old name in S");
+    EXPECT_EQ(*project().undo(), "placing a clip in \"S\"");
+    EXPECT_EQ(*project().undo(), "placing \"old name\" in \"S\"");
 }
 
 TEST_F(Undo, DoesNotLoseWhatAnOpenEditHasChanged) {
