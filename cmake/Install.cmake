@@ -6,6 +6,7 @@
 #   lib/zq/modules/   the modules that zq loads
 #   include/zq/       the contract: host/... and repository/...
 #   share/zq/strings/ the texts, a file per language
+#   share/zq/panel/   the panel's page, and share/zq/panel-texts/ its texts
 
 include(CMakePackageConfigHelpers)
 
@@ -27,6 +28,11 @@ install(TARGETS zq tarn7d RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(TARGETS tarn7 LIBRARY DESTINATION "${ZQ_INSTALL_MODULEDIR}")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/resources/strings" DESTINATION "${CMAKE_INSTALL_DATADIR}/zq"
   FILES_MATCHING PATTERN "*.toml")
+
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/resources/panel/" DESTINATION "${CMAKE_INSTALL_DATADIR}/zq/panel-texts"
+  FILES_MATCHING PATTERN "*.toml")
+# Not there where the page was not built; the program then says so.
+install(DIRECTORY "${PROJECT_BINARY_DIR}/panel/" DESTINATION "${CMAKE_INSTALL_DATADIR}/zq/panel" OPTIONAL)
 
 install(TARGETS zqhost EXPORT zqTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"

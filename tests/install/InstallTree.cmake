@@ -9,7 +9,7 @@ execute_process(COMMAND "${CMAKE_COMMAND}" --install "${BUILD}" --prefix "${STAG
 file(RENAME "${STAGE}" "${TREE}")
 
 foreach(name bin/zq bin/tarn7d "${LIBDIR}/libzqhost.so" "${LIBDIR}/libzqhost.so.0" lib/zq/modules/tarn7.zqd
-             share/zq/strings/en.toml share/zq/strings/de.toml share/zq/strings/ja.toml
+             share/zq/strings/en.toml share/zq/strings/de.toml share/zq/strings/ja.toml share/zq/panel-texts/en.toml
              include/zq/host/HostServices.h include/zq/repository/MediaFileRepositoryBase.h
              "${LIBDIR}/cmake/zq/zqConfig.cmake" "${LIBDIR}/cmake/zq/zqConfigVersion.cmake")
   if(NOT EXISTS "${TREE}/${name}")
