@@ -9,11 +9,11 @@ add_custom_target(zq_parallel_tests)
 # Under a sanitizer the start of a process for each case takes longer than most cases.
 option(ZQ_TEST_WHOLE_PROGRAMS "Hand each test program to CTest as one test" OFF)
 
-# zq_add_tests(NAME SOURCES ... LIBRARIES ... [LABELS ...] [ENVIRONMENT ...] [TIMEOUT seconds] [ALONE])
-# builds one GoogleTest executable and hands each of its cases to CTest; ALONE for cases that need a process of their
-# own in any build.
+# zq_add_tests(NAME SOURCES ... LIBRARIES ... [LABELS ...] [ENVIRONMENT ...] [TIMEOUT seconds] [FIXTURE name] [ALONE])
+# builds one GoogleTest executable and hands each of its cases to CTest; FIXTURE for cases that need what another
+# test sets up, ALONE for cases that need a process of their own in any build.
 function(zq_add_tests name)
-  cmake_parse_arguments(arg "ALONE" "TIMEOUT" "SOURCES;LIBRARIES;LABELS;ENVIRONMENT" ${ARGN})
+  cmake_parse_arguments(arg "ALONE" "TIMEOUT;FIXTURE" "SOURCES;LIBRARIES;LABELS;ENVIRONMENT" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE zq_settings ${arg_LIBRARIES} GTest::gmock GTest::gtest_main)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
@@ -28,6 +28,9 @@ function(zq_add_tests name)
   set(properties TIMEOUT ${arg_TIMEOUT})
   if(arg_LABELS)
     list(APPEND properties LABELS "${arg_LABELS}")
+  endif()
+  if(arg_FIXTURE)
+    list(APPEND properties FIXTURES_REQUIRED ${arg_FIXTURE})
   endif()
   if(arg_ENVIRONMENT)
     list(APPEND properties ENVIRONMENT "${arg_ENVIRONMENT}")

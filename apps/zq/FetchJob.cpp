@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <filesystem>
 
 #include "apps/zq/Text.h"
+#include "host/engine/files/LocalPath.h"
 #include "host/files/iFileManager.h"
 #include "host/modules/ModuleThreads.h"
 #include "host/os/OS.h"
@@ -31,6 +33,7 @@ public:
         event.text = utf8(text);
         event.type = type;
         event.indent = indent_;
+        event.clip = clip_;
         lastLine_ = event.text;
         transferFailed_ = transferFailed_ || type == eTransferFailed;
         percent_ = -1;
@@ -50,10 +53,18 @@ public:
         event.kind = FetchEvent::Kind::progress;
         event.indent = indent_;
         event.fraction = part;
+        event.clip = clip_;
+        std::error_code error;
+        std::uintmax_t const size = std::filesystem::file_size(file_, error);
+        if (!error) {
+            event.fileBytes = size;
+        }
         job_.add(std::move(event));
     }
 
-    void beginClip() {
+    void beginClip(std::size_t index, WideString const& file) {
+        clip_ = index;
+        file_ = engine::localPath(file);
         lastLine_.clear();
         transferFailed_ = false;
         indent_ = 0;
@@ -66,6 +77,8 @@ public:
 private:
     FetchJob& job_;
     engine::iTaskMonitor& monitor_;
+    std::size_t clip_ = 0;
+    std::filesystem::path file_;
     int indent_ = 0;
     int percent_ = -1; // the last that was told of this transfer
     std::string lastLine_;
@@ -85,7 +98,7 @@ engine::TaskResult FetchJob::run(MediaFileRepositoryBase& repository, engine::Pr
         monitor.setStep(clip.name + " (" + std::to_string(begun) + " of " + std::to_string(clips_.size()) +
                         ")");
         monitor.setProgress(0);
-        log->beginClip();
+        log->beginClip(begun - 1, clip.localPath);
         fetch(clip, repository, project, log);
     }
     FetchOutcome const all = outcome();

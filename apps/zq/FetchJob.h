@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,7 +32,10 @@ struct FetchEvent {
     std::string text; // of a line; from the service, not made plain
     LoggerBase::eOutputType type = LoggerBase::ePlain;
     int indent = 0;
-    double fraction = 0; // of progress
+    double fraction = 0;  // of progress
+    std::size_t clip = 0; // index of the clip that it belongs to
+    // Of progress: the size of the clip's file at that moment; nothing where the repository writes elsewhere.
+    std::optional<std::uint64_t> fileBytes;
 };
 
 struct FetchedClip {

@@ -9,4 +9,10 @@ void LiveOutput::say(std::string_view line) {
     }
 }
 
+void LiveOutput::tell(Reply& reply) {
+    bar_.erase();
+    output_.print(reply, format_);
+    reply.told = true;
+}
+
 } // namespace zq

@@ -18,6 +18,8 @@ public:
     void begin(Output::Format format) noexcept { format_ = format; }
     // A line, made plain. Nothing in JSON, where a command has one line only.
     void say(std::string_view line);
+    // The answer of a command that runs on: it is printed now, and counts as told from then on.
+    void tell(Reply& reply);
     void showProgress(std::string_view label, std::optional<double> fraction) { bar_.show(label, fraction); }
     void clearProgress() { bar_.erase(); }
     // True where progress is seen as a bar: it needs no lines then.

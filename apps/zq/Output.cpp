@@ -41,6 +41,9 @@ void Output::write(std::string_view text) {
 }
 
 void Output::print(Reply const& reply, Format format) {
+    if (reply.told) {
+        return;
+    }
     if (format == Format::json) {
         write(jsonLine(reply) + "\n");
         return;

@@ -16,7 +16,7 @@ public:
     explicit Output(Screen const& screen) : screen_(screen) {}
 
     // Writes the reply: as one line of JSON, or as its text, its warnings and an error going to the standard
-    // error.
+    // error. One that the command has told already is passed over.
     void print(Reply const& reply, Format format);
     // A line on the standard output at once, made plain.
     void say(std::string_view line);

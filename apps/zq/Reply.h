@@ -17,6 +17,8 @@ struct Reply {
     // The command has done, or told, something that an interruption does not take back: the reply stands
     // then too. Others count as not having run.
     bool standsInterrupted = false;
+    // The command has printed this answer itself, at its start, as it runs until it is told to end.
+    bool told = false;
     // Adds the members of the JSON answer that stand behind "ok" and "error"; may be empty.
     std::function<void(JSON::Builder&)> members;
 

@@ -42,4 +42,23 @@ bool ServiceWatch::sawRequest() const {
     });
 }
 
+ServiceWatch::Fate ServiceWatch::fate() const {
+    bool sent = false;
+    bool lost = false;
+    for (engine::ServerStatistics const& now : statistics_()) {
+        engine::ServerStatistics const earlier = find(before_, now.server);
+        sent = sent || now.bytesSent > earlier.bytesSent;
+        lost = lost || now.failures > earlier.failures || now.refusals > earlier.refusals;
+    }
+    if (!sent) {
+        return Fate::notSent;
+    }
+    AnswerWatch::Heard const heard = answers_.heard();
+    std::uint64_t const refusals = heard.refusals - heardBefore_.refusals;
+    if (lost || heard.failures - heardBefore_.failures > refusals) {
+        return Fate::lost;
+    }
+    return refusals > 0 ? Fate::refused : Fate::answered;
+}
+
 } // namespace zq

@@ -24,6 +24,15 @@ public:
     // True when a request was made since then.
     [[nodiscard]] bool sawRequest() const;
 
+    // What is certain of the requests since then, in the order of precedence.
+    enum class Fate {
+        notSent,  // no byte has left this machine
+        lost,     // an answer did not come whole, has an error status, or cannot be understood
+        refused,  // all came, and one says no
+        answered, // all came
+    };
+    [[nodiscard]] Fate fate() const;
+
 private:
     StatisticsSource statistics_;
     AnswerWatch const& answers_;

@@ -63,6 +63,9 @@ iMediaFileRepository& Session::connected() const {
         HTTPConnectionInfo const connection = chosen.getDescription().connection;
         std::int32_t const status = chosen.connect(connection, LoggerHandle());
         if (status != connectedStatus) {
+            if (WideString const told = chosen.getStatusText(); !told.isEmpty()) {
+                throw CommandError(utf8(told));
+            }
             throw CommandError("no connection can be made to \"" + utf8(connection.server) + "\" (status " +
                                std::to_string(status) + ")");
         }
@@ -80,7 +83,7 @@ std::optional<std::int64_t> Session::credits() const {
 
 iMediaFileRepository& Session::signedIn() const {
     iMediaFileRepository& chosen = connected();
-    if (user().empty()) {
+    if (needsSignIn() && user().empty()) {
         throw CommandError("Sign in first: zq login NAME, in the same shell; for a command on its own, "
                            "zq --login NAME COMMAND");
     }
@@ -115,7 +118,8 @@ SearchResults Session::search(SearchQuery const& query) {
         if (auto const failure = serviceWatch.failure()) {
             throw CommandError(*failure);
         }
-        if (!serviceWatch.sawRequest()) {
+        bool const hasServer = !chosen.getDescription().connection.server.isEmpty();
+        if (hasServer && !serviceWatch.sawRequest()) {
             throw CommandError("the search could not be sent");
         }
     }

@@ -67,13 +67,17 @@ public:
     [[nodiscard]] MediaFileRepositoryBase& base() const;
     // The chosen repository, connected: the first use connects it. Throws CommandError where that fails.
     [[nodiscard]] iMediaFileRepository& connected() const;
+    // False for a repository that knows no accounts: it has no form to sign in with, everybody may have all
+    // of it, and it sells nothing.
+    [[nodiscard]] bool needsSignIn() const { return !repository().getLoginForm().isEmpty(); }
     // Name of the user; empty where nobody is signed in.
     [[nodiscard]] std::string user() const;
     // What is left on the user's account; nothing where the service has not told yet.
     [[nodiscard]] std::optional<std::int64_t> credits() const;
     // The next answers are for another account, or for none.
     void forgetCredits() { surroundings_.answers->forgetCredits(); }
-    // The chosen repository, with somebody signed in. Throws CommandError where nobody is.
+    // The chosen repository, with somebody signed in where it needs that. Throws CommandError where nobody
+    // is.
     [[nodiscard]] iMediaFileRepository& signedIn() const;
 
     // Searches. Throws CommandError where the page is empty because a request failed.
@@ -83,8 +87,8 @@ public:
     [[nodiscard]] RemoteAsset findAsset(std::string const& id);
     // The same as the service tells it. Throws CommandError where the service has no such clip.
     [[nodiscard]] RemoteAsset knownAsset(std::string const& id);
-    // What the account owns, in the service's order. Throws CommandError where nobody is signed in or the
-    // service does not answer.
+    // What the account owns, in the service's order; of a repository without accounts, all that it gives
+    // away. Throws CommandError where a sign-in is needed and missing or the service does not answer.
     [[nodiscard]] LightweightVector<RemoteAsset> ownedAssets() const;
 
 private:

@@ -61,7 +61,12 @@ UsageReport reportUsage(SequenceView const& view, std::optional<std::set<std::st
 UsageReport reportUsage(Session& session, std::string const& sequence) {
     SequenceView const view = viewSequence(session, sequence);
     std::optional<std::set<std::string>> owned;
-    if (!session.user().empty()) {
+    if (!session.needsSignIn()) {
+        owned.emplace();
+        for (SequencePiece const& piece : view.pieces) {
+            owned->insert(piece.clipId);
+        }
+    } else if (!session.user().empty()) {
         owned.emplace();
         for (RemoteAsset const& asset : session.ownedAssets()) {
             owned->insert(utf8(asset.id));

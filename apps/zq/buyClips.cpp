@@ -43,6 +43,9 @@ Purchase buyClips(Session& session, std::vector<std::string> const& ids, Payment
             assets.push_back(asset);
         }
     }
+    if (!session.needsSignIn()) {
+        throw CommandError(utf8(session.repository().getName()) + " sells nothing: fetch takes what it has");
+    }
     iMediaFileRepository& repository = session.signedIn();
     ServiceWatch const watch = session.watch();
     Purchase purchase;

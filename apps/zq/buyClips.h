@@ -26,7 +26,7 @@ struct Purchase {
 };
 
 // Buys the clips of these numbers as one purchase; one that is named twice is bought once. Throws
-// CommandError where nobody is signed in or a number is none.
+// CommandError where nobody is signed in, the repository sells nothing, or a number is none.
 [[nodiscard]] Purchase buyClips(Session& session, std::vector<std::string> const& ids, Payment payment);
 
 } // namespace zq

@@ -30,6 +30,9 @@ std::string inWords(std::int32_t code, ServiceWatch const& watch) {
 } // namespace
 
 SignIn signIn(Session& session, std::string const& user) {
+    if (!session.needsSignIn()) {
+        throw CommandError(utf8(session.repository().getName()) + " has no accounts: nobody signs in");
+    }
     static_cast<void>(session.connected());
     std::optional<std::string> const password = session.input().readSecret("password: ");
     if (!password) {
@@ -39,12 +42,16 @@ SignIn signIn(Session& session, std::string const& user) {
 }
 
 SignIn signIn(Session& session, std::string const& user, std::string const& password) {
-    iMediaFileRepository& repository = session.connected();
-    session.endFetches();
-    session.forgetCredits();
     configb form;
     form.set("username", toUTF8(wide(user)));
     form.set("password", toUTF8(wide(password)));
+    return signIn(session, form);
+}
+
+SignIn signIn(Session& session, configb const& form) {
+    iMediaFileRepository& repository = session.connected();
+    session.endFetches();
+    session.forgetCredits();
     ServiceWatch const watch = session.watch();
     SignIn result;
     result.code = repository.login(form);

@@ -15,9 +15,13 @@ struct SignIn {
 };
 
 // Asks for the password, or reads it from the next line of the input, and signs in. Fetches that run are
-// ended first. Throws CommandError where there is no password or no connection.
+// ended first. Throws CommandError where there is no password or no connection, and where the repository has
+// no accounts.
 [[nodiscard]] SignIn signIn(Session& session, std::string const& user);
 // The same with that password.
 [[nodiscard]] SignIn signIn(Session& session, std::string const& user, std::string const& password);
+
+// The same with a form as it was filled in: a value for each field by its name.
+[[nodiscard]] SignIn signIn(Session& session, configb const& form);
 
 } // namespace zq

@@ -73,6 +73,19 @@ TEST(Commands, RefuseArgumentsThatTheyDoNotKnow) {
     EXPECT_THAT(prepare({"place", "7", "--sequence", "a", "--in", "-1"}).reply.error, HasSubstr("--in"));
     EXPECT_THAT(prepare({"place", "7", "--sequence", "a", "--out", "nan"}).reply.error, HasSubstr("--out"));
     EXPECT_NE(prepare({"place", "7", "--sequence", "a", "--in", "2.5", "--out", "4"}).command, nullptr);
+    EXPECT_NE(prepare({"place", "7", "--sequence", "a", "--at", "1"}).command, nullptr);
+    EXPECT_THAT(prepare({"place", "7", "--sequence", "a", "--at", "0"}).reply.error,
+                HasSubstr("\"0\" is no position: those count from 1"));
+    for (std::string const word : {"-1", "0", "010", "1.5", "two", "", "9999999999999999999"}) {
+        EXPECT_THAT(prepare({"move", word, "1"}).reply.error, HasSubstr("is no piece's number")) << word;
+        EXPECT_THAT(prepare({"move", "1", word}).reply.error, HasSubstr("is no position")) << word;
+        EXPECT_THAT(prepare({"remove", word}).reply.error, HasSubstr("is no piece's number")) << word;
+    }
+    EXPECT_THAT(prepare({"move", "1"}).reply.error, HasSubstr("POSITION"));
+    EXPECT_THAT(prepare({"trim", "--in", "1"}).reply.error, HasSubstr("PIECE"));
+    EXPECT_THAT(prepare({"trim", "1", "--in", "-1"}).reply.error, HasSubstr("--in"));
+    EXPECT_NE(prepare({"trim", "1", "--in", "0.5"}).command, nullptr);
+    EXPECT_THAT(prepare({"redo", "2"}).reply.error, HasSubstr("not expected"));
     EXPECT_THAT(prepare({"cancel", "first"}).reply.error, HasSubstr("first"));
     EXPECT_THAT(prepare({"export", "a", "b.mlt"}).reply.error, HasSubstr("--format"));
     EXPECT_NE(prepare({"set", "0", "1", "-1"}).command, nullptr) << "a negative tag is no option";

@@ -90,6 +90,13 @@ TEST_F(Loader, GivesTheRepositoriesOfAModule) {
     EXPECT_EQ(loader.repositories().front()->getShortName(), L"FX");
 }
 
+TEST_F(Loader, OffersARepositoryOfHigherPriorityFirst) {
+    static_cast<void>(load({module("life_a"), module("fixed"), module("fixed_first")}));
+    ASSERT_THAT(loader.repositories(), SizeIs(2));
+    EXPECT_EQ(loader.repositories()[0]->getShortName(), L"FF");
+    EXPECT_EQ(loader.repositories()[1]->getShortName(), L"FX");
+}
+
 TEST_F(Loader, RefusesAFileWithoutTheEntry) {
     EXPECT_EQ(refusalOf(module("no_entry")), "the module has no entry zqPluginInstance");
 }

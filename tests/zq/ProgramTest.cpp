@@ -104,10 +104,10 @@ TEST_F(Program, SaysThatADamagedProjectWasSetAside) {
 
 TEST_F(Program, HelpsWithEveryCommand) {
     for (char const* const command :
-         {"info",   "login",     "logout", "form",  "options", "set",      "columns",
-          "search", "thumbnail", "open",   "place", "edits",   "sequence", "undo",
-          "usage",  "buy",       "owned",  "fetch", "find",    "play",     "relink",
-          "export", "tasks",     "cancel", "demo",  "stats",   "shell",    "help"}) {
+         {"info",      "login", "logout", "form",  "options",  "set",    "columns", "search",
+          "thumbnail", "open",  "place",  "edits", "sequence", "undo",   "usage",   "buy",
+          "owned",     "fetch", "find",   "play",  "relink",   "export", "tasks",   "cancel",
+          "demo",      "stats", "shell",  "help",  "move",     "trim",   "remove",  "redo"}) {
         Finished const help = run({command, "--help"});
         EXPECT_EQ(help.status, 0) << command;
         EXPECT_THAT(help.out, HasSubstr("Usage: zq " + std::string(command))) << command;

@@ -102,8 +102,8 @@ TEST_F(Road, PlacesPiecesAndTakesThemBack) {
 TEST_F(Road, ShowsASequenceAsATable) {
     static_cast<void>(answers({place("--in 0.2 --out 0.8")}));
     Finished const shown = run({"sequence", "A"});
-    EXPECT_EQ(shown.out, "Clip  Name       Source in   Source out           In          Out  Plays\n"
-                         "   " +
+    EXPECT_EQ(shown.out, "Piece  Clip  Name       Source in   Source out           In          Out  Plays\n"
+                         "    1     " +
                              car_ +
                              "  Red car  00:00:00:05  00:00:00:20  00:00:00:00  00:00:00:15  preview\n"
                              "A: 00:00:00:15, 15 frames at 25 frames a second\n");

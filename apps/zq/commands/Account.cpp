@@ -94,7 +94,7 @@ public:
         WideString const login = session.repository().getLoginForm();
         WideString const link = session.repository().getLoginLinkForm();
         Reply reply;
-        reply.text = describe(login) + describe(link);
+        reply.text = session.needsSignIn() ? describe(login) + describe(link) : "no sign-in is needed\n";
         reply.members = [login, link](JSON::Builder& json) {
             addForm(json, "login", login);
             addForm(json, "link", link);

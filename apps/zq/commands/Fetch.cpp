@@ -13,13 +13,14 @@ namespace zq {
 namespace {
 
 LightweightVector<RemoteAsset> choose(LightweightVector<RemoteAsset> const& owned,
-                                      std::vector<std::string> const& ids) {
+                                      std::vector<std::string> const& ids, bool isSold) {
     LightweightVector<RemoteAsset> chosen;
     for (std::string const& id : ids) {
         requireClipNumber(id);
         auto const found = std::ranges::find(owned, wide(id), &RemoteAsset::id);
         if (found == owned.end()) {
-            throw CommandError("clip " + id + " is not owned: zq buy " + id + " --credits buys it");
+            throw CommandError(isSold ? "clip " + id + " is not owned: zq buy " + id + " --credits buys it"
+                                      : "there is no clip " + id);
         }
         chosen.push_back(*found);
     }
@@ -114,7 +115,8 @@ public:
         }
         static_cast<void>(session.writableProject());
         LightweightVector<RemoteAsset> const all = session.ownedAssets();
-        QueuedFetch const queued = queueFetch(session, owned_ ? all : choose(all, ids_));
+        QueuedFetch const queued =
+            queueFetch(session, owned_ ? all : choose(all, ids_, session.needsSignIn()));
         return background_ ? goOn(queued) : wait(session, queued);
     }
 

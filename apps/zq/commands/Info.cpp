@@ -62,11 +62,12 @@ std::string line(std::string_view label, std::string_view value) {
 std::string describe(iMediaFileRepository& repository) {
     RepositoryDescription const description = repository.getDescription();
     std::string const user = utf8(description.connection.user);
+    bool const hasAccounts = !repository.getLoginForm().isEmpty();
     return plainText(utf8(repository.getName())) + " (" + plainText(utf8(repository.getShortName())) + ")\n" +
            line("", utf8(description.summary)) + line("", plainFromRich(utf8(description.legalNotice))) +
            line("web:    ", utf8(description.webLink)) +
            line("server: ", utf8(description.connection.server)) +
-           line("user:   ", user.empty() ? "nobody is signed in" : user);
+           line("user:   ", user.empty() && hasAccounts ? "nobody is signed in" : user);
 }
 
 class Info final : public Command {

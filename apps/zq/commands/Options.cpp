@@ -6,6 +6,7 @@
 #include "apps/zq/JsonOutput.h"
 #include "apps/zq/commands/Commands.h"
 #include "apps/zq/commands/Labels.h"
+#include "apps/zq/optionWords.h"
 #include "apps/zq/terminal/PlainText.h"
 #include "apps/zq/terminal/Table.h"
 #include "host/parameters/BoolParam.h"
@@ -72,9 +73,12 @@ std::string valueText(iParam const& param) {
 }
 
 std::string valuesText(iParam const& param) {
+    if (dynamic_cast<BoolParam const*>(&param) != nullptr) {
+        return "true, false";
+    }
     auto const* const choice = dynamic_cast<ChoiceParam const*>(&param);
     if (choice == nullptr) {
-        return "true, false";
+        return "a text";
     }
     std::string all;
     for (Choice const& entry : choice->getChoices()) {
@@ -114,32 +118,12 @@ public:
     }
 };
 
-char const* inWords(SearchOptionResult result) {
-    switch (result) {
-    case SearchOptionResult::set:
-        return "";
-    case SearchOptionResult::noSuchGroup:
-        return "there is no such group; groups count from 0";
-    case SearchOptionResult::noSuchOption:
-        return "the group has no option at that index; options count from 0";
-    case SearchOptionResult::inactive:
-        return "the option has no meaning at the moment";
-    case SearchOptionResult::noSuchTag:
-        return "no entry of the option has that tag";
-    case SearchOptionResult::notABoolean:
-        return "the value should be true or false";
-    case SearchOptionResult::refused:
-        break;
-    }
-    return "the option does not take that value";
-}
-
 class Set final : public Command {
 public:
     void declare(CLI::App& options) override {
         options.add_option("GROUP", group_, "number of the group, from 0")->required();
         options.add_option("INDEX", index_, "number of the option in its group, from 0")->required();
-        options.add_option("VALUE", value_, "tag of an entry, -1 for no filter; or true or false")
+        options.add_option("VALUE", value_, "tag of an entry, -1 for no filter; or true or false; or a text")
             ->required();
     }
 

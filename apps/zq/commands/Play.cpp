@@ -164,7 +164,7 @@ private:
                                                             ServiceWatch const& watch) const {
         Zq::Ptr<iFile> const file = OS().fileManager().openForRead(path);
         if (!file) {
-            fail("the service's address of it cannot be used", watch);
+            fail("there is no such file, or its address cannot be used", watch);
         }
         if (file->getSize() == 0) {
             // The size alone does not tell a file that is not there from a server that is not.

@@ -1,4 +1,4 @@
-// "open", "edits" and "undo": the edits of the project.
+// "open", "edits", "undo" and "redo": the edits of the project, and the steps that it has taken.
 
 #include "apps/zq/Command.h"
 #include "apps/zq/EditLookup.h"
@@ -85,15 +85,28 @@ public:
     void declare(CLI::App&) override {}
 
     Reply run(Session& session) override {
-        engine::Result<std::string> const step = session.writableProject().undo();
+        return answer(session.writableProject().undo(), "taken back", "undone");
+    }
+
+    // For a step that was gone through, in words.
+    static Reply answer(engine::Result<std::string> const& step, char const* done, char const* member) {
         if (!step) {
             throw CommandError(step.error());
         }
         Reply reply;
         reply.standsInterrupted = true;
-        reply.text = "taken back: " + plainText(*step) + "\n";
-        reply.members = [step = *step](JSON::Builder& json) { addText(json, "undone", step); };
+        reply.text = std::string(done) + ": " + plainText(*step) + "\n";
+        reply.members = [step = *step, member](JSON::Builder& json) { addText(json, member, step); };
         return reply;
+    }
+};
+
+class Redo final : public Command {
+public:
+    void declare(CLI::App&) override {}
+
+    Reply run(Session& session) override {
+        return Undo::answer(session.writableProject().redo(), "done again", "redone");
     }
 };
 
@@ -107,6 +120,9 @@ std::unique_ptr<Command> makeEdits() {
 }
 std::unique_ptr<Command> makeUndo() {
     return std::make_unique<Undo>();
+}
+std::unique_ptr<Command> makeRedo() {
+    return std::make_unique<Redo>();
 }
 
 } // namespace zq

@@ -38,7 +38,8 @@ void addSequenceMembers(JSON::Builder& json, SequenceView const& view) {
 }
 
 std::string sequenceTable(SequenceView const& view, Screen const& screen) {
-    Table table({{"Clip", Table::Align::right},
+    Table table({{"Piece", Table::Align::right},
+                 {"Clip", Table::Align::right},
                  {"Name", Table::Align::left, true},
                  {"Source in", Table::Align::right},
                  {"Source out", Table::Align::right},
@@ -46,8 +47,9 @@ std::string sequenceTable(SequenceView const& view, Screen const& screen) {
                  {"Out", Table::Align::right},
                  {"Plays"}});
     for (SequencePiece const& piece : view.pieces) {
-        table.addRow({piece.clipId, utf8(piece.edit.name()), piece.sourceIn, piece.sourceOut, piece.recordIn,
-                      piece.recordOut, piece.edit.mediaLocation.isEmpty() ? "preview" : "full file"});
+        table.addRow({std::to_string(piece.placement.number), piece.clipId, utf8(piece.edit.name()),
+                      piece.sourceIn, piece.sourceOut, piece.recordIn, piece.recordOut,
+                      piece.edit.mediaLocation.isEmpty() ? "preview" : "full file"});
     }
     std::string const rate = utf8(Zq::getDisplayString(view.sequence.rate));
     return table.render(screen) + plainText(view.sequence.name) + ": " +

@@ -16,13 +16,14 @@ public:
     RepositoryDescription getDescription() const override {
         RepositoryDescription description = newDescription();
         description.name = L"Fixed \x1b[5m\x202e";
-        description.shortName = L"FX";
+        description.shortName = getShortName();
         return description;
     }
     LightweightVector<LogAttribute> getLogAttributes() const override {
         return {LogAttribute(LogAttribute::eName), LogAttribute(LogAttribute::ePrice)};
     }
-    WideString getShortName() const override { return L"FX"; }
+    WideString getShortName() const override { return FIXED_NAME; }
+    int priority() const override { return FIXED_PRIORITY; }
     LightweightVector<SearchOptionGroup> getSearchOptions() override { return {}; }
     RemoteAsset findRemoteAsset(Cookie const&) override { return {}; }
     bool fetchFullMedia(LightweightVector<RemoteAsset> const&, std::int32_t, LoggerHandle) override {

@@ -1,0 +1,50 @@
+// Who may ask the panel: the checks that every request passes before anything else is looked at.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <httplib.h>
+
+#include "apps/zq/panel/ApiError.h"
+
+namespace zq::panel {
+
+struct Refusal {
+    ErrorCode code;
+    int status;
+    std::string text;
+};
+
+// Thread: any; nothing in it changes.
+class Access {
+public:
+    static constexpr std::size_t longestBody_bytes = std::size_t{64} << 10;
+    static constexpr std::string_view enterPath = "/enter";
+
+    // With new secrets for a server on that port of 127.0.0.1.
+    explicit Access(int port);
+
+    // What a person opens to enter, with the token in it.
+    [[nodiscard]] std::string address() const;
+    [[nodiscard]] bool isToken(std::string_view text) const;
+    // The value of the "Set-Cookie" header of those who have entered.
+    [[nodiscard]] std::string cookie() const;
+
+    // Why the request is refused, by its head; nothing where its body may be read and its route looked up.
+    [[nodiscard]] std::optional<Refusal> judge(httplib::Request const& request) const;
+
+private:
+    [[nodiscard]] bool isOwnHost(std::string_view host) const;
+    [[nodiscard]] bool hasCookie(httplib::Request const& request) const;
+
+    std::string const port_;
+    std::string const token_;
+    std::string const secret_; // the cookie's value
+};
+
+// True for a request that announces a body.
+[[nodiscard]] bool hasBody(httplib::Request const& request);
+
+} // namespace zq::panel

@@ -1,0 +1,96 @@
+// All that a test needs: the service, the panel's program connected to it, and a browser; in a folder of its own.
+import { copyFileSync, existsSync, mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { join } from 'node:path';
+import { chromium } from 'playwright-core';
+import { Panel } from './Panel.mjs';
+import { browserFile, program } from './places.mjs';
+import { Program } from './Program.mjs';
+import { Service } from './Service.mjs';
+
+export class World {
+  #panels = [];
+
+  static async start(options = {}) {
+    const world = new World();
+    world.folder = mkdtempSync(join(tmpdir(), 'zq-panel-'));
+    try {
+      world.environment = {
+        PATH: process.env.PATH,
+        HOME: world.folder,
+        ZQ_HOME: join(world.folder, 'home'),
+        ZQ_BROWSER: join(world.folder, 'browser'),
+        LANG: 'C.UTF-8',
+        TERM: 'xterm',
+      };
+      // What the program opens in the machine's browser is kept, to be followed by a test.
+      writeFileSync(
+        world.environment.ZQ_BROWSER,
+        `#!/bin/sh\nprintf '%s\\n' "$1" >>'${join(world.folder, 'opened')}'\n`,
+        { mode: 0o700 },
+      );
+      world.service = await Service.start(join(world.folder, 'service'), world.environment, options);
+      world.configure(options.settings);
+      await world.startProgram();
+      world.browser = await chromium.launch({ executablePath: browserFile });
+    } catch (error) {
+      await world.end();
+      throw error;
+    }
+    return world;
+  }
+
+  configure(more = '') {
+    const modules = join(this.folder, 'modules');
+    mkdirSync(modules, { recursive: true });
+    mkdirSync(this.environment.ZQ_HOME, { recursive: true });
+    copyFileSync(program('tarn7.zqd'), join(modules, 'tarn7.zqd'));
+    writeFileSync(
+      join(this.environment.ZQ_HOME, 'host.toml'),
+      `[modules]\npath = [${JSON.stringify(modules)}]\n` +
+        `[network]\nconnect = { "www.tarn7.example:443" = "127.0.0.1:${this.service.port}" }\n` +
+        `ca_file = ${JSON.stringify(this.service.ca)}\n${more}`,
+    );
+  }
+
+  async startProgram(words = [], options = []) {
+    this.program = new Program(program('zq'), [...options, 'panel', '--no-browser', ...words], this.environment);
+    this.address = await this.program.line();
+    this.origin = new URL(this.address).origin;
+  }
+
+  // The addresses that the program has opened in the machine's browser.
+  opened() {
+    const file = join(this.folder, 'opened');
+    return existsSync(file) ? readFileSync(file, 'utf8').split('\n').filter(Boolean) : [];
+  }
+
+  // A page of its own: cookies, size and colours are nobody else's.
+  async openPanel(options = {}) {
+    const panel = await Panel.open(this.browser, this.address, options);
+    this.#panels.push(panel);
+    return panel;
+  }
+
+  // The panels of a test that has ended. What went wrong in a page without being seen is a failure.
+  async closePanels() {
+    const problems = [];
+    for (const panel of this.#panels.splice(0)) {
+      problems.push(...panel.problems);
+      await panel.context.close();
+    }
+    if (problems.length > 0) {
+      throw new Error(`in the page:\n${problems.join('\n')}`);
+    }
+  }
+
+  async end() {
+    try {
+      await this.browser?.close();
+      await this.program?.end();
+      await this.service?.end();
+    } finally {
+      rmSync(this.folder, { recursive: true, force: true });
+    }
+  }
+}

@@ -1,0 +1,13 @@
+// The page's English texts by key, so that a test names what a person reads without spelling it a second time.
+import { readTexts } from '../../scripts/mock/texts.mjs';
+
+const english = readTexts('en');
+
+// Throws where there is no such text: a test that waits for a key would wait for ever.
+export function t(key, values = {}) {
+  const text = english[key];
+  if (text === undefined) {
+    throw new Error(`there is no text "${key}"`);
+  }
+  return text.replace(/\$([A-Z_]+)\$/g, (holder, name) => String(values[name.toLowerCase()] ?? holder));
+}

@@ -1,0 +1,60 @@
+// Two panels of one program, each in a browser of its own: what is done in one is seen in the other.
+import assert from 'node:assert/strict';
+import { after, afterEach, before, test } from 'node:test';
+import { t } from './support/texts.mjs';
+import { World } from './support/World.mjs';
+
+let world;
+before(async () => (world = await World.start()));
+afterEach(() => world.closePanels());
+after(() => world?.end());
+
+test('sign-in, pieces, basket, options, purchases and settings of one are seen in the other', async () => {
+  // The search of one may cancel that of the other, which then asks again.
+  const one = await world.openPanel({ faults: true });
+  const two = await world.openPanel({ faults: true });
+  await one.signIn();
+  await one.signedIn();
+  await two.signedIn();
+
+  await one.place('Red car');
+  await two.piece('Red car').waitFor();
+  await two.place('Sea birds');
+  await one.piece('Sea birds').waitFor();
+  await one.page.keyboard.press('Control+z');
+  await two.piece('Sea birds').waitFor({ state: 'detached' });
+
+  await one.clip('Red car').focus();
+  await one.page.keyboard.press('b');
+  await two.clip('Red car').getByText(t('results.in_basket')).waitFor();
+
+  const filter = (panel) => panel.page.locator('#filters select').first();
+  const dear = (await filter(one).locator('option').allTextContents()).find((choice) => choice.includes('10'));
+  await filter(one).selectOption({ label: dear });
+  await two.shows(['Red car', 'Old harbour']);
+  assert.equal(await filter(two).locator('option:checked').textContent(), dear);
+  await two.page.locator('.chips button').first().click();
+  await one.clips.nth(4).waitFor();
+
+  await one.openDrawer('basket');
+  await one.button('basket.buy_credits', one.drawer).click();
+  await one.button('basket.buy_now', one.dialog).click();
+  await two.clip('Red car').getByText(t('results.owned')).waitFor();
+
+  await one.page.getByRole('button', { name: t('results.list'), exact: true }).click();
+  await two.page.locator('[role="grid"] [role="row"][data-index]').first().waitFor();
+});
+
+test('a piece that one panel removes while the other works on it is gone in both', async () => {
+  const one = await world.openPanel({ faults: true });
+  const two = await world.openPanel({ faults: true });
+  await one.place('Green meadow');
+  await two.piece('Green meadow').waitFor();
+  await Promise.all([one, two].map(async (panel) => {
+    await panel.piece('Green meadow').focus();
+    await panel.page.keyboard.press('Delete');
+  }));
+  for (const panel of [one, two]) {
+    await panel.piece('Green meadow').waitFor({ state: 'detached' });
+  }
+});

@@ -1,0 +1,90 @@
+// The project, and the sequence that is worked on. The sequence is read anew whenever the project's revision rises,
+// whoever raised it.
+import * as api from '../api/client.ts';
+import type { Project, Sequence } from '../api/types.ts';
+import { t } from '../i18n/texts.svelte.ts';
+import { attempt } from './failure.ts';
+import { read, write } from './memory.ts';
+import { notices } from './notices.svelte.ts';
+
+const none: Project = { revision: 0, writable: false, undo: '', redo: '', sequences: [] };
+
+class ProjectState {
+  project = $state.raw<Project>(none);
+  sequence = $state.raw<Sequence | null>(null);
+  // Of the sequence that is worked on; it need not exist yet.
+  name = $state('');
+  #asked = 0;
+
+  set(project: Project): void {
+    const changed = project.revision !== this.project.revision;
+    this.project = project;
+    if (this.name === '') {
+      const last = read('sequence');
+      this.name = last !== '' ? last : (project.sequences[0] ?? t('sequence.first_name'));
+    }
+    if (changed || this.sequence === null) {
+      void this.load();
+    }
+  }
+
+  choose(name: string): void {
+    this.name = name;
+    write('sequence', name);
+    this.sequence = null;
+    void this.load();
+  }
+
+  async load(): Promise<void> {
+    const asked = ++this.#asked;
+    const sequence = await attempt(() => api.getSequence(this.name));
+    if (sequence !== undefined && asked === this.#asked) {
+      this.sequence = sequence;
+    }
+  }
+
+  // Places the clip, or what lies between the times, at the end or before the piece at that index.
+  async place(piece: api.NewPiece, clipName: string): Promise<void> {
+    if (await this.#change(() => api.placePiece(this.name, piece))) {
+      notices.add('good', t('sequence.placed', { clip: clipName, sequence: this.name }));
+    }
+  }
+
+  change(piece: number, change: { in?: number; out?: number; at?: number }): Promise<boolean> {
+    return this.#change(() => api.changePiece(this.name, piece, change));
+  }
+
+  remove(piece: number): Promise<boolean> {
+    return this.#change(() => api.removePiece(this.name, piece));
+  }
+
+  async undo(): Promise<void> {
+    const answer = await attempt(api.undo);
+    if (answer !== undefined) {
+      this.set(answer.project);
+      notices.add('info', t('sequence.undone', { what: answer.text }));
+    }
+  }
+
+  async redo(): Promise<void> {
+    const answer = await attempt(api.redo);
+    if (answer !== undefined) {
+      this.set(answer.project);
+      notices.add('info', t('sequence.redone', { what: answer.text }));
+    }
+  }
+
+  // An answer is newer than whatever was asked for before it.
+  async #change(work: () => Promise<Sequence>): Promise<boolean> {
+    const sequence = await attempt(work);
+    if (sequence === undefined) {
+      return false;
+    }
+    this.#asked++;
+    this.sequence = sequence;
+    write('sequence', this.name);
+    return true;
+  }
+}
+
+export const project = new ProjectState();

@@ -1,0 +1,191 @@
+// What a person looks for: the words, the options, and the way back and forward through past searches.
+import { fillHistory, historyPosition } from './searchHistory.svelte.ts';
+import { changesTowards, isSameSearch, readEntry, valuesOf, type PastSearch } from '../lib/pastSearches.ts';
+import { activeFilters, toggled } from '../lib/filters.ts';
+import { Settle } from '../lib/settle.ts';
+import { attempt } from './failure.ts';
+import { read, write } from './memory.ts';
+import { basket } from './basket.svelte.ts';
+import { repositories } from './repositories.svelte.ts';
+import { results } from './results.svelte.ts';
+
+const typingPause_ms = 250;
+// A search that was on screen for so long is one to come back to; a shorter one was on the way to the next.
+const lookedAt_ms = 1500;
+
+class Search {
+  typed = $state('');
+  owned = $state(false);
+  // The item on top of the view, as the view tells it, and where it is to begin after going back.
+  topItem = 0;
+  beginAt = $state(0);
+  filters = $derived(activeFilters(repositories.groups));
+
+  #current: PastSearch | null = null;
+  #shownSince = 0;
+  #restoring = 0;
+  #ownChange = false;
+  #typing = new Settle(typingPause_ms, () => void this.run());
+  #optionsChanged = new Settle(30, () => void this.#runWithNewOptions());
+
+  // Begins with the search that was on screen last, of this visit or of the last one.
+  async start(): Promise<void> {
+    const entry = readEntry(history.state);
+    if (entry !== null && repositories.find(entry.search.repository) !== undefined) {
+      await this.#restore(entry.search);
+      return;
+    }
+    this.typed = read(wordsKey());
+    await attempt(() => repositories.loadOptions());
+    await this.run();
+  }
+
+  type(words: string): void {
+    this.typed = words;
+    this.#typing.later();
+  }
+
+  // Searches with what is typed and chosen.
+  async run(): Promise<void> {
+    this.#typing.cancel();
+    const words = this.typed.trim();
+    if (!this.owned) {
+      write(wordsKey(), words);
+    }
+    this.#remember();
+    await this.#ask();
+  }
+
+  async showOwned(owned: boolean): Promise<void> {
+    if (owned !== this.owned) {
+      this.owned = owned;
+      await this.run();
+    }
+  }
+
+  async chooseRepository(shortName: string): Promise<void> {
+    repositories.choose(shortName);
+    this.owned = false;
+    this.typed = read(wordsKey());
+    basket.clear();
+    void basket.load();
+    await attempt(() => repositories.loadOptions());
+    await this.run();
+  }
+
+  // The program says "options" where the results depend on it, and the search runs then.
+  async setOption(group: number, index: number, value: string): Promise<void> {
+    this.#ownChange = true;
+    await attempt(() => repositories.setOption(group, index, value));
+  }
+
+  async toggleOption(group: number, index: number): Promise<void> {
+    const option = repositories.groups[group]?.options[index];
+    if (option !== undefined) {
+      await this.setOption(group, index, toggled(option.value));
+    }
+  }
+
+  async clearFilters(): Promise<void> {
+    for (const filter of this.filters) {
+      await this.setOption(filter.group, filter.index, filter.initial);
+    }
+  }
+
+  // Also for a change that another panel has made.
+  optionsChanged(repository: string): void {
+    if (repository === repositories.shortName && this.#restoring === 0) {
+      this.#optionsChanged.later();
+    }
+  }
+
+  // From the browser's back and forward.
+  async onPopState(state: unknown): Promise<void> {
+    const entry = readEntry(state);
+    if (entry !== null && repositories.find(entry.search.repository) !== undefined) {
+      historyPosition.set(entry.position);
+      await this.#restore(entry.search);
+    }
+  }
+
+  // Keeps the place in the results with the search, so that coming back leads there.
+  keepPlace(): void {
+    if (this.#current !== null) {
+      this.#current = { ...this.#current, item: this.topItem };
+      fillHistory('replace', this.#current);
+    }
+  }
+
+  async #runWithNewOptions(): Promise<void> {
+    await attempt(() => repositories.loadOptions());
+    this.#remember();
+    await this.#ask();
+    this.#ownChange = false;
+  }
+
+  async #restore(past: PastSearch): Promise<void> {
+    this.#typing.cancel();
+    const ticket = ++this.#restoring;
+    try {
+      if (past.repository !== repositories.shortName) {
+        repositories.choose(past.repository);
+        basket.clear();
+        void basket.load();
+      }
+      this.owned = past.owned;
+      this.typed = past.words;
+      await attempt(() => repositories.loadOptions());
+      for (const change of changesTowards(repositories.groups, past.options)) {
+        await attempt(() => repositories.setOption(change.group, change.index, change.value));
+      }
+      this.#current = this.#snapshot(past.item);
+      this.#shownSince = Date.now();
+      await this.#ask(past.item);
+    } finally {
+      // The events of the options that were set just now come a moment later.
+      setTimeout(() => {
+        if (ticket === this.#restoring) {
+          this.#restoring = 0;
+        }
+      }, 300);
+    }
+  }
+
+  #snapshot(item: number): PastSearch {
+    return {
+      repository: repositories.shortName,
+      words: this.typed.trim(),
+      owned: this.owned,
+      options: valuesOf(repositories.groups),
+      item,
+    };
+  }
+
+  #remember(): void {
+    const next = this.#snapshot(0);
+    const previous = this.#current;
+    if (previous !== null && isSameSearch(previous, next)) {
+      return;
+    }
+    const wasLookedAt = Date.now() - this.#shownSince > lookedAt_ms || this.#ownChange;
+    if (previous !== null && wasLookedAt) {
+      this.keepPlace();
+      fillHistory('push', next);
+    } else {
+      fillHistory('replace', next);
+    }
+    this.#current = next;
+    this.#shownSince = Date.now();
+  }
+
+  async #ask(item = 0): Promise<void> {
+    this.beginAt = item;
+    await results.run({ repository: repositories.shortName, words: this.typed.trim(), owned: this.owned });
+  }
+}
+
+function wordsKey(): string {
+  return `words.${repositories.shortName}`;
+}
+
+export const search = new Search();

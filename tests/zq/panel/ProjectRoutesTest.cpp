@@ -1,0 +1,229 @@
+// The project's routes: arranging, undoing, what is refused, usage, and files for other editors.
+
+#include "tests/tarn7d/TestFootage.h"
+#include "tests/zq/panel/WholePanel.h"
+
+#include <filesystem>
+#include <fstream>
+
+#include "apps/zq/Text.h"
+#include "apps/zq/panel/plainFileName.h"
+#include "host/engine/project/Project.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace panel_tests;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class PanelProject : public testing::Test {
+protected:
+    PanelProject() {
+        addEdit("1", "one", "$5");
+        addEdit("2", "two, \"the\" second", "$7.50");
+        addEdit("3", "three", "");
+    }
+    void addEdit(std::string const& id, std::string const& name, std::string const& price) {
+        engine::Project& project = home_.engine().project();
+        EditModifier edit(project.makeNewClip(1, 0, 2.0, Zq::FrameRate::f25, Cookie()));
+        LogAttributeMap attributes;
+        attributes.add(LogAttribute(LogAttribute::eName), NarrowString(name));
+        attributes.add(LogAttribute(LogAttribute::ePrice), NarrowString(price));
+        edit->setLogAttributes(attributes);
+        edit->setTemporary(false);
+        project.associate(edit->getCookie(), L"SH", zq::wide(id));
+    }
+    static std::string body(std::string const& clip, std::string const& more = "") {
+        return R"({"repository":"SH","clip":")" + clip + "\"" + more + "}";
+    }
+    Zq::Ptr<JSON::Element> place(std::string const& clip, std::string const& more = "") {
+        return panel_.json("POST", "/sequences/{sequence}/pieces", {"cut"}, body(clip, more));
+    }
+    std::string refusal(std::string const& text) {
+        return panel_.failureOf("POST", "/sequences/{sequence}/pieces", {"cut"}, text);
+    }
+    Zq::Ptr<JSON::Element> cut() { return panel_.json("GET", "/sequences/{sequence}", {"cut"}); }
+    std::vector<std::string> clips() {
+        std::vector<std::string> ids;
+        auto const pieces = child(cut(), "pieces"); // owns what is read below
+        for (JSON::ChildMember const& piece : JSON::orEmpty(pieces).children()) {
+            ids.emplace_back(piece.element->getStringView("clip"));
+        }
+        return ids;
+    }
+    std::string pieceAt(std::uint16_t index) {
+        return std::to_string(item(cut(), "pieces", index)->getInt("piece", 0));
+    }
+    std::string changing(std::string const& piece, std::string const& text) {
+        return panel_.failureOf("PATCH", "/sequences/{sequence}/pieces/{piece}", {"cut", piece}, text);
+    }
+
+    EngineHome home_;
+    Zq::Ptr<ShelfRepository> const repository_ = Zq::makeShared<ShelfRepository>();
+    WholePanel panel_{
+        home_.engine(), {repository_.get()}, [] { return std::vector<engine::ServerStatistics>(); }};
+};
+
+TEST_F(PanelProject, ShowsAnEmptySequenceWhereThereIsNone) {
+    EXPECT_EQ(text(cut(), "name"), "cut");
+    EXPECT_EQ(child(cut(), "pieces")->getNumChildren(), 0);
+    EXPECT_FALSE(cut()->hasNum("rate"));
+    auto const project = panel_.json("GET", "/project");
+    EXPECT_TRUE(project->getBool("writable", false));
+    EXPECT_EQ(text(project, "undo"), "");
+    EXPECT_THAT(texts(project, "sequences"), IsEmpty());
+}
+
+TEST_F(PanelProject, PlacesClipsWithTheirTimes) {
+    static_cast<void>(place("1"));
+    auto const sequence = place("2", R"(,"in":0.4,"out":1.2,"at":0)");
+    EXPECT_THAT(clips(), ElementsAre("2", "1"));
+    EXPECT_FLOAT_EQ(sequence->getFloat("duration", 0), 2.8F);
+    EXPECT_EQ(child(sequence, "rate")->numbers()[0].value, 25);
+    auto const first = item(sequence, "pieces", 0);
+    EXPECT_EQ(text(first, "repository"), "SH");
+    EXPECT_EQ(text(first, "name"), "two, \"the\" second");
+    EXPECT_EQ(text(first, "state"), "preview");
+    EXPECT_EQ(first->getInt("task", -1), 0);
+    EXPECT_FLOAT_EQ(first->getFloat("in", 0), 0.4F);
+    EXPECT_FLOAT_EQ(first->getFloat("out", 0), 1.2F);
+    EXPECT_FLOAT_EQ(first->getFloat("clipDuration", 0), 2.0F);
+    EXPECT_EQ(text(first, "sourceIn"), "00:00:00:10");
+    EXPECT_EQ(text(first, "recordOut"), "00:00:00:20");
+    auto const second = item(sequence, "pieces", 1);
+    EXPECT_EQ(second->getInt("index", 0), 1);
+    EXPECT_FLOAT_EQ(second->getFloat("start", 0), 0.8F);
+}
+
+TEST_F(PanelProject, MovesTrimsRemovesAndTakesStepsBack) {
+    static_cast<void>(place("1"));
+    static_cast<void>(place("2"));
+    EXPECT_EQ(changing(pieceAt(1), R"({"at":0})"), "none");
+    EXPECT_THAT(clips(), ElementsAre("2", "1"));
+    EXPECT_EQ(changing(pieceAt(0), R"({"out":1})"), "none");
+    EXPECT_FLOAT_EQ(cut()->getFloat("duration", 0), 3.0F);
+    EXPECT_EQ(panel_.failureOf("DELETE", "/sequences/{sequence}/pieces/{piece}", {"cut", pieceAt(1)}),
+              "none");
+    EXPECT_THAT(clips(), ElementsAre("2"));
+    auto const undone = panel_.json("POST", "/project/undo");
+    EXPECT_THAT(text(undone, "text"), HasSubstr("removing"));
+    EXPECT_EQ(text(child(undone, "project"), "redo"), text(undone, "text"));
+    EXPECT_THAT(clips(), ElementsAre("2", "1"));
+    static_cast<void>(panel_.json("POST", "/project/redo"));
+    EXPECT_THAT(clips(), ElementsAre("2"));
+    EXPECT_EQ(panel_.failureOf("POST", "/project/redo"), "conflict");
+}
+
+TEST_F(PanelProject, TellsEveryChangeToThePages) {
+    static_cast<void>(place("1"));
+    auto const told = panel_.awaitEvent(
+        "project", [](auto const& project) { return texts(project, "sequences").size() == 1; });
+    EXPECT_THAT(text(told, "undo"), HasSubstr("placing"));
+    std::int64_t const revision = told->getInt("revision", 0);
+    static_cast<void>(panel_.json("POST", "/project/undo"));
+    panel_.awaitEvent("project", [revision](auto const& project) {
+        return project->getInt("revision", 0) > revision && texts(project, "sequences").empty();
+    });
+}
+
+TEST_F(PanelProject, RefusesWhatHasNoMeaning) {
+    static_cast<void>(place("1"));
+    EXPECT_EQ(refusal("{}"), "bad_request");
+    EXPECT_EQ(refusal(body("1", R"(,"in":"0")")), "bad_request");
+    EXPECT_EQ(refusal(body("1", R"(,"in":-1)")), "bad_request");
+    EXPECT_EQ(refusal(body("1", R"(,"at":0.5)")), "bad_request");
+    EXPECT_EQ(refusal(body("1", R"(,"at":1e300)")), "bad_request");
+    EXPECT_EQ(refusal(body("1", R"(,"at":7)")), "conflict");
+    EXPECT_EQ(refusal(body("1", R"(,"in":1,"out":1)")), "conflict");
+    EXPECT_EQ(refusal(body("1", R"(,"in":3)")), "conflict");
+    EXPECT_EQ(refusal(R"({"repository":"XX","clip":"1"})"), "not_found");
+    EXPECT_EQ(refusal(body("77")), "not_found");
+    EXPECT_EQ(changing(pieceAt(0), "{}"), "bad_request");
+    EXPECT_EQ(changing(pieceAt(0), R"({"at":0,"in":1})"), "bad_request");
+    EXPECT_EQ(changing(pieceAt(0), R"({"at":5})"), "conflict");
+    EXPECT_EQ(changing("99", R"({"at":0})"), "not_found");
+    EXPECT_EQ(panel_.failureOf("DELETE", "/sequences/{sequence}/pieces/{piece}", {"other", pieceAt(0)}),
+              "not_found");
+    EXPECT_THAT(clips(), ElementsAre("1"));
+}
+
+TEST_F(PanelProject, SaysWhichFilesAreThere) {
+    static_cast<void>(place("1"));
+    engine::Project& project = home_.engine().project();
+    Cookie const edit = project.findObject(L"SH", L"1");
+    fs::path const film = home_.path() / "film.mov";
+    test::putFootage(test::Footage::plain, film);
+    auto const relinked = project.relink(edit, zq::wide(film.string()));
+    ASSERT_TRUE(relinked) << relinked.error();
+    auto const piece = item(cut(), "pieces", 0);
+    EXPECT_EQ(text(piece, "state"), "full");
+    EXPECT_EQ(texts(piece, "differences").size(), relinked->differences.size());
+    fs::remove(film);
+    EXPECT_EQ(text(item(cut(), "pieces", 0), "state"), "missing");
+}
+
+TEST_F(PanelProject, ReportsWhatASequenceCosts) {
+    for (std::string const clip : {"1", "2", "1", "3"}) {
+        static_cast<void>(place(clip));
+    }
+    auto const open = panel_.json("GET", "/sequences/{sequence}/usage", {"cut"});
+    EXPECT_EQ(text(open, "total"), "$12.50");
+    EXPECT_EQ(open->getInt("clipsToBuy", 0), 3);
+    EXPECT_EQ(open->getInt("clipsWithoutPrice", 0), 1);
+    EXPECT_FALSE(open->getBool("ownershipKnown", true));
+    EXPECT_EQ(text(item(open, "uses", 0), "ownership"), "unknown");
+    EXPECT_FLOAT_EQ(item(open, "uses", 1)->getFloat("start", 0), 2.0F);
+
+    repository_->signedInUser = L"ada";
+    repository_->onOwned = [](auto&) {
+        return LightweightVector<RemoteAsset>{ShelfRepository::clip("2", "two", "")};
+    };
+    auto const known = panel_.json("GET", "/sequences/{sequence}/usage", {"cut"});
+    EXPECT_TRUE(known->getBool("ownershipKnown", false));
+    EXPECT_EQ(text(known, "total"), "$5");
+    EXPECT_EQ(text(item(known, "uses", 1), "ownership"), "owned");
+    EXPECT_EQ(panel_.failureOf("GET", "/sequences/{sequence}/usage", {"other"}), "not_found");
+}
+
+TEST_F(PanelProject, GivesTheReportAsAFile) {
+    static_cast<void>(place("2"));
+    auto const csv = panel_.call("GET", "/sequences/{sequence}/usage", {"cut"}, {{"format", "csv"}});
+    EXPECT_EQ(csv.saveAs, "cut usage.csv");
+    EXPECT_EQ(csv.type, "text/csv; charset=utf-8");
+    EXPECT_EQ(csv.body, "repository,clip,name,source in,source out,record in,record out,owned,price\r\n"
+                        "SH,2,\"two, \"\"the\"\" second\",00:00:00:00,00:00:02:00,00:00:00:00,00:00:02:00,"
+                        "unknown,$7.50\r\n");
+    auto const json = panel_.call("GET", "/sequences/{sequence}/usage", {"cut"}, {{"format", "json"}});
+    EXPECT_EQ(json.saveAs, "cut usage.json");
+    EXPECT_EQ(text(parsed(json.body), "sequence"), "cut");
+    EXPECT_EQ(panel_.failureOf("GET", "/sequences/{sequence}/usage", {"cut"}, "{}", {{"format", "pdf"}}),
+              "bad_request");
+}
+
+TEST_F(PanelProject, LeavesForOtherEditorsWithWarningsBeforehand) {
+    static_cast<void>(place("1"));
+    for (std::string const format : {"mlt", "edl", "fcpxml", "otio"}) {
+        auto const file = panel_.call("GET", "/sequences/{sequence}/export", {"cut"}, {{"format", format}});
+        EXPECT_EQ(file.saveAs, "cut." + format);
+        EXPECT_THAT(file.body, HasSubstr("one")) << format;
+        auto const check =
+            panel_.call("GET", "/sequences/{sequence}/export", {"cut"}, {{"format", format}, {"check", "1"}});
+        EXPECT_EQ(check.saveAs, "");
+        EXPECT_FALSE(texts(parsed(check.body), "warnings").empty()) << format;
+    }
+    EXPECT_EQ(panel_.failureOf("GET", "/sequences/{sequence}/export", {"cut"}), "bad_request");
+    EXPECT_EQ(panel_.failureOf("GET", "/sequences/{sequence}/export", {"no"}, "{}", {{"format", "edl"}}),
+              "not_found");
+}
+
+TEST(PlainFileName, HasNothingThatASystemTakesForAPlace) {
+    using zq::panel::plainFileName;
+    EXPECT_EQ(plainFileName("../a/b\\c:d\n", "edl"), "_a_b_c_d_.edl");
+    EXPECT_EQ(plainFileName("", "edl"), "sequence.edl");
+    EXPECT_EQ(plainFileName("..", "edl"), "sequence.edl");
+    EXPECT_EQ(plainFileName(std::string(119, 'a') + "é", "mlt"), std::string(119, 'a') + ".mlt");
+}
+
+} // namespace
