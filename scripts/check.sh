@@ -34,7 +34,7 @@ case "${1:-format}" in
     need clang++ clang
     # A configuration of its own: clang does not know every option that g++ is given. Nothing is built in it.
     cmake --preset dev -B build/tidy -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_CXX_COMPILER_LAUNCHER= >/dev/null
-    run-clang-tidy -quiet -p build/tidy -j "$(nproc)" "${2:-^$PWD/(apps|bench|host|plugin|repository|tarn7|tests)/}"
+    run-clang-tidy -quiet -p build/tidy -j "$(nproc)" "${2:-^$PWD/(apps|bench|framequarry|host|plugin|repository|tarn7|tests)/}"
     ;;
   *)
     echo "usage: scripts/check.sh [format|fix|tidy [REGEX]]" >&2

@@ -11,9 +11,13 @@ run_packages=(
   libcli11-dev libcpp-httplib-dev libjpeg-dev libpng-dev libpugixml-dev
   libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libswresample-dev ffmpeg melt
 )
+# The panel's page is built with node 18 or newer; one of another origin than Debian's will do.
+if ! command -v npm >/dev/null || ! node -e 'process.exit(process.versions.node.split(".")[0] < 18 ? 1 : 0)' 2>/dev/null; then
+  run_packages+=(nodejs npm)
+fi
 # nlohmann-json3-dev is a second reader of JSON for tests and benchmarks, curl the one that we are measured against;
-# libxml2-utils holds XML against its grammar.
-test_packages=(libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev binutils curl libxml2-utils)
+# libxml2-utils holds XML against its grammar, and chromium shows the panel.
+test_packages=(libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev binutils curl libxml2-utils chromium)
 
 case "${1:-}" in
   run) packages=("${run_packages[@]}") ;;
