@@ -366,7 +366,9 @@ void StreamSession::finishCheck(StreamError const& error) {
 }
 
 void StreamSession::failReaders(RangeJob const& job, StreamError const& error) {
-    ByteRange const lacking{job.rest().begin, std::max(job.rest().end, job.asked.end)};
+    // What came of an unfinished block goes with the request: whoever waits for it has got nothing.
+    std::uint64_t const lost = job.answered ? job.heldFrom : job.asked.begin;
+    ByteRange const lacking{lost, std::max(job.rest().end, job.asked.end)};
     for (StreamReader* const reader : readers_) {
         bool const waits = !reader->want.isEmpty();
         if (!waits) {
