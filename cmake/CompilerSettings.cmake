@@ -28,6 +28,17 @@ target_include_directories(zq_settings INTERFACE "${PROJECT_SOURCE_DIR}")
 if(ZQ_SANITIZE)
   # g++ 12 sees uninitialised values in the instrumented standard library (std::regex) where there are none.
   add_compile_options(-fsanitize=${ZQ_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all
-                      -Wno-maybe-uninitialized)
+                      $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   add_link_options(-fsanitize=${ZQ_SANITIZE})
 endif()
+
+# The headers that nearly every source includes are read once a target. Off in builds that are to show that each
+# source includes what it needs.
+option(ZQ_PRECOMPILE_HEADERS "Precompile the standard headers, and GoogleTest for tests" OFF)
+function(zq_precompile_headers target)
+  if(ZQ_PRECOMPILE_HEADERS)
+    target_precompile_headers(${target} PRIVATE
+      <algorithm> <array> <atomic> <chrono> <condition_variable> <cstdint> <cstring> <filesystem> <fstream> <functional>
+      <map> <memory> <mutex> <optional> <set> <span> <sstream> <string> <string_view> <thread> <utility> <vector> ${ARGN})
+  endif()
+endfunction()

@@ -1,5 +1,5 @@
 # cmake -DSOURCE=folder -DWORK=folder -DTREE=folder -DROOT=folder -DNM=program -DREADELF=program -DGENERATOR=...
-#       -DMAKE_PROGRAM=program -DBUILD_TYPE=... -DCOMPILER=... -DFLAGS=... -DLIBDIR=lib -P BuildConsumer.cmake
+#       -DMAKE_PROGRAM=program -DBUILD_TYPE=... -DCOMPILER=... -DFLAGS=... -DLIBRARIES=... -DLIBDIR=lib -P BuildConsumer.cmake
 # Builds the example with the installed tree and nothing else of this project: it is copied away first, and no file
 # of the sources in ROOT may be among those that the compiler read.
 cmake_minimum_required(VERSION 3.25)
@@ -11,6 +11,7 @@ execute_process(
   COMMAND "${CMAKE_COMMAND}" -S "${WORK}/source" -B "${build}" -G "${GENERATOR}" "-DCMAKE_PREFIX_PATH=${TREE}"
           "-DCMAKE_MAKE_PROGRAM=${MAKE_PROGRAM}" "-DCMAKE_BUILD_TYPE=${BUILD_TYPE}"
           "-DCMAKE_CXX_COMPILER=${COMPILER}" "-DCMAKE_CXX_FLAGS=${FLAGS}"
+          "-DCMAKE_CXX_STANDARD_LIBRARIES=${LIBRARIES}"
           # The contract's headers are held to the same warnings as the example.
           -DCMAKE_NO_SYSTEM_FROM_IMPORTED=ON
   OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
