@@ -50,6 +50,7 @@ Reply login(ServiceParts& parts, CommandRequest const& request, JSON::Builder& r
     addSuccess(reply);
     reply.add("cx", session.context);
     reply.add("cm", session.marker);
+    addInteger(reply, "credits", result.account.credits);
     return std::nullopt;
 }
 

@@ -52,12 +52,14 @@ std::optional<std::string> readWholeFile(std::filesystem::path const& file, std:
     }
 }
 
-bool writeWholeFile(std::filesystem::path const& file, std::string_view content, Durability durability) {
+bool writeWholeFile(std::filesystem::path const& file, std::string_view content, Durability durability,
+                    Readers readers) {
     std::filesystem::path const unfinished = file.parent_path() / unfinishedName();
     int const flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
     bool written = false;
     {
-        FileDescriptor const opened(::open(unfinished.c_str(), flags, 0644));
+        FileDescriptor const opened(
+            ::open(unfinished.c_str(), flags, readers == Readers::owner ? 0600 : 0644));
         if (!opened) {
             return false;
         }

@@ -39,7 +39,7 @@ void addNote(std::string& list, std::string_view key, std::string_view value) {
 
 } // namespace
 
-std::string writeEdl(ExportSequence const& sequence, std::vector<std::string>& warnings) {
+std::string writeEdl(ExportSequence const& sequence, std::vector<ExportWarning>& warnings) {
     std::string list = "TITLE: " + sequence.name + "\n";
     list += countsInDropFrame(sequence.rate) ? "FCM: DROP FRAME\n" : "FCM: NON-DROP FRAME\n";
     std::int64_t const start = programmeStart(sequence.rate);
@@ -58,13 +58,15 @@ std::string writeEdl(ExportSequence const& sequence, std::vector<std::string>& w
         addNote(list, "SOURCE", clip.source);
         addNote(list, "LICENCE", licenceState(clip));
         if (clip.rate != sequence.rate) {
-            warnings.push_back("\"" + clip.name +
-                               "\" runs at another rate than the sequence: its source times are counted in "
-                               "frames of the sequence");
+            warnings.push_back({ExportWarning::Kind::otherRate, clip.name,
+                                "\"" + clip.name +
+                                    "\" runs at another rate than the sequence: its source times are counted "
+                                    "in frames of the sequence"});
         }
     }
     if (number > mostEvents) {
-        warnings.emplace_back("the list has more than 999 events, which some readers do not take");
+        warnings.push_back({ExportWarning::Kind::tooManyEvents, "",
+                            "the list has more than 999 events, which some readers do not take"});
     }
     return list;
 }

@@ -22,7 +22,7 @@ constexpr NamedFormat formats[] = {
     {"otio", ExportFormat::otio},
 };
 
-std::string write(ExportSequence const& sequence, ExportFormat format, std::vector<std::string>& warnings) {
+std::string write(ExportSequence const& sequence, ExportFormat format, std::vector<ExportWarning>& warnings) {
     switch (format) {
     case ExportFormat::mlt:
         return interchange::writeMlt(sequence);
@@ -55,8 +55,9 @@ Result<Exported> exportSequence(ExportSequence const& sequence, ExportFormat for
     std::set<std::string> previews;
     for (ExportClip const& clip : sequence.clips) {
         if (clip.isPreview() && previews.insert(clip.kind + " " + clip.id + " " + clip.name).second) {
-            exported.warnings.push_back("\"" + clip.name + "\" (" + clip.kind + " " + clip.id +
-                                        ") is still a preview and is not licensed");
+            exported.warnings.push_back({ExportWarning::Kind::preview, clip.name,
+                                         "\"" + clip.name + "\" (" + clip.kind + " " + clip.id +
+                                             ") is still a preview and is not licensed"});
         }
     }
     exported.text = write(sequence, format, exported.warnings);

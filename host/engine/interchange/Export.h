@@ -46,10 +46,22 @@ struct ExportSequence {
 // The sequence with its clips; nothing where there is none of that name.
 [[nodiscard]] std::optional<ExportSequence> gatherSequence(Project& project, std::string const& name);
 
+// What a person should know of an exported file.
+struct ExportWarning {
+    enum class Kind {
+        preview,       // the clip is still a preview, and not licensed
+        otherRate,     // the clip's source times are counted in frames of the sequence
+        tooManyEvents, // of the whole: more events than some readers take
+    };
+    Kind kind = Kind::preview;
+    std::string clip; // its name; empty where it is none's
+    std::string text; // in words
+};
+
 struct Exported {
-    std::string text;                  // the whole file, UTF-8
-    std::vector<std::string> warnings; // one for each clip that is still a preview, and for what the format
-                                       // cannot say
+    std::string text; // the whole file, UTF-8
+    // One for each clip that is still a preview, and for what the format cannot say.
+    std::vector<ExportWarning> warnings;
 };
 
 // Fails for a sequence without clips. Thread: any.

@@ -15,7 +15,7 @@ namespace engine::interchange {
 [[nodiscard]] std::string writeMlt(ExportSequence const& sequence);
 // CMX 3600: events with a reel, source and record timecodes, and notes. Adds a warning for what it cannot
 // say.
-[[nodiscard]] std::string writeEdl(ExportSequence const& sequence, std::vector<std::string>& warnings);
+[[nodiscard]] std::string writeEdl(ExportSequence const& sequence, std::vector<ExportWarning>& warnings);
 // FCPXML 1.9.
 [[nodiscard]] std::string writeFcpxml(ExportSequence const& sequence);
 // OpenTimelineIO's own JSON.

@@ -89,6 +89,22 @@ void collectLater(pid_t process) {
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
+// Has the first browser that can be started show what the argument names.
+bool startBrowser(std::string const& argument) {
+    SpawnSettings const settings;
+    for (std::string const& program : browsers()) {
+        pid_t process = 0;
+        int const error = program.empty() ? ENOENT : settings.start(program, argument, process);
+        if (error == 0) {
+            collectLater(process);
+            return true;
+        }
+        Log("The browser \"%s\" could not be started: %s", program.c_str(),
+            std::generic_category().message(error).c_str());
+    }
+    return false;
+}
+
 } // namespace
 
 bool DesktopShell::openInBrowser(WideString const& url) {
@@ -97,20 +113,13 @@ bool DesktopShell::openInBrowser(WideString const& url) {
         Log("An address that is neither http nor https was not opened in the browser");
         return false;
     }
-    SpawnSettings const settings;
-    for (std::string const& program : browsers()) {
-        pid_t process = 0;
-        int const error = program.empty() ? ENOENT : settings.start(program, *address, process);
-        if (error == 0) {
-            collectLater(process);
-            remember({*address, true});
-            return true;
-        }
-        Log("The browser \"%s\" could not be started: %s", program.c_str(),
-            std::generic_category().message(error).c_str());
-    }
-    remember({*address, false});
-    return false;
+    bool const started = startBrowser(*address);
+    remember({*address, started});
+    return started;
+}
+
+bool DesktopShell::openFileInBrowser(std::filesystem::path const& file) {
+    return startBrowser(file.native());
 }
 
 void DesktopShell::remember(Page page) {

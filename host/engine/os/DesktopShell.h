@@ -17,6 +17,8 @@ public:
     // Starts ZQ_BROWSER where the environment names one, else xdg-open, else the first program of BROWSER: in
     // a session of its own, without a shell, with the address as its only argument.
     bool openInBrowser(WideString const& url) override;
+    // The same with an HTML file of this machine; it is no page of takeLastPage.
+    bool openFileInBrowser(std::filesystem::path const& file);
     // Makes the media folder where it is not there yet.
     WideString getStandardFolder(int number) override;
 

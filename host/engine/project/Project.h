@@ -16,6 +16,7 @@
 #include "host/engine/media/MediaFacts.h"
 #include "host/engine/project/EditRecord.h"
 #include "host/engine/project/Sequence.h"
+#include "host/engine/project/StepKind.h"
 #include "host/engine/settings/Result.h"
 #include "host/object/ExtIDMgr.h"
 
@@ -110,10 +111,20 @@ public:
     // Does again what undo() took back last, in an earlier run too, and gives it in words. A new step leaves
     // nothing to do again.
     [[nodiscard]] Result<std::string> redo();
+    // What a step is about, for a program that has words of its own.
+    struct StepFacts {
+        StepKind kind = StepKind::placing;
+        std::string clip;     // the name that its edit has now, on one line; may be empty or blank
+        std::string sequence; // empty of a relinking
+        bool operator==(StepFacts const&) const = default;
+    };
     struct History {
         std::int64_t revision = 0; // of what the words tell
         std::string undo;          // what undo() would take back, in words; empty where there is nothing
         std::string redo;          // the same for redo()
+        // The same as facts.
+        std::optional<StepFacts> undoStep;
+        std::optional<StepFacts> redoStep;
     };
     [[nodiscard]] History history();
     // A number that rises with every change that is on disk, another process's too; 0 where the project

@@ -129,6 +129,8 @@ private:
     };
     [[nodiscard]] Result<Project::Use> changePlacement(std::int64_t placement, StepWords const& words,
                                                        ChangePiece const& change);
+    // Inside of reading().
+    [[nodiscard]] std::optional<Project::StepFacts> factsOf(std::optional<Step> const& step);
     // Exchanges the step with what the project has. Gives the edit that it stored, if any.
     [[nodiscard]] Cookie goThrough(Step& step);
 

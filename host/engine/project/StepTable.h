@@ -12,12 +12,13 @@
 
 #include "host/engine/project/EditRecord.h"
 #include "host/engine/project/PlacedPiece.h"
+#include "host/engine/project/StepKind.h"
 #include "host/engine/storage/Database.h"
 
 namespace engine {
 
 struct Step {
-    enum class Kind { placing = 1, relinking = 2, moving = 3, trimming = 4, removing = 5 };
+    using Kind = StepKind;
 
     std::int64_t number = 0; // given by the table
     Kind kind = Kind::placing;

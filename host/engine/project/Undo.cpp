@@ -1,6 +1,8 @@
 // Going back and forth through the steps.
 
 #include "host/engine/project/ProjectState.h"
+#include "host/text/Unicode.h"
+#include "host/text/oneLine.h"
 
 namespace engine {
 
@@ -48,11 +50,28 @@ Result<std::string> ProjectState::redo() {
     return go(Way::forth);
 }
 
+std::optional<Project::StepFacts> ProjectState::factsOf(std::optional<Step> const& step) {
+    if (!step) {
+        return std::nullopt;
+    }
+    Project::StepFacts facts;
+    facts.kind = step->kind;
+    facts.clip = toUTF8(Zq::onOneLine(lookUp(step->edit).value_or(EditRecord()).name())).view();
+    if (step->kind != Step::Kind::relinking) {
+        // It stands in its sequence on one side of the step at least.
+        std::optional<PlacedPiece> const piece =
+            step->piece ? step->piece : tables_->sequences.piece(step->placement);
+        facts.sequence = piece ? piece->sequence : std::string();
+    }
+    return facts;
+}
+
 Project::History ProjectState::history() {
     std::lock_guard const lock(mutex_);
     return reading(Project::History(), [this] {
         return Project::History{tables_->revision(), tables_->steps.wordsOfLastDone(),
-                                tables_->steps.wordsOfNextUndone()};
+                                tables_->steps.wordsOfNextUndone(), factsOf(tables_->steps.lastDone()),
+                                factsOf(tables_->steps.nextUndone())};
     });
 }
 

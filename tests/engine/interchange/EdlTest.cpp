@@ -5,7 +5,10 @@
 namespace {
 
 using engine::ExportFormat;
+using engine::ExportWarning;
+using testing::AllOf;
 using testing::ElementsAre;
+using testing::Field;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
@@ -34,8 +37,12 @@ FCM: NON-DROP FRAME
 }
 
 TEST(Edl, AWarningNamesEveryClipThatIsStillAPreview) {
-    EXPECT_THAT(engine::exportSequence(test::sampleSequence(), ExportFormat::edl)->warnings,
-                ElementsAre("\"Waves <&> \"foam\"\" (T7 7) is still a preview and is not licensed"));
+    auto const exported = engine::exportSequence(test::sampleSequence(), ExportFormat::edl);
+    ASSERT_EQ(exported->warnings.size(), 1U);
+    EXPECT_EQ(exported->warnings[0].kind, ExportWarning::Kind::preview);
+    EXPECT_EQ(exported->warnings[0].clip, "Waves <&> \"foam\"");
+    EXPECT_EQ(exported->warnings[0].text,
+              "\"Waves <&> \"foam\"\" (T7 7) is still a preview and is not licensed");
 }
 
 TEST(Edl, APreviewThatIsUsedTwiceIsNamedOnce) {
@@ -75,14 +82,16 @@ TEST(Edl, AClipOfAnotherRateIsWarnedOf) {
     sequence.clips.resize(1);
     sequence.clips[0].rate = Zq::FrameRate::f50;
     EXPECT_THAT(engine::exportSequence(sequence, ExportFormat::edl)->warnings,
-                ElementsAre(HasSubstr("another rate than the sequence")));
+                ElementsAre(AllOf(Field(&ExportWarning::kind, ExportWarning::Kind::otherRate),
+                                  Field(&ExportWarning::text, HasSubstr("another rate than the sequence")))));
 }
 
 TEST(Edl, MoreThanThousandEventsAreWarnedOf) {
     engine::ExportSequence sequence = test::sampleSequence();
     sequence.clips.assign(1000, test::ownedClip());
     EXPECT_THAT(engine::exportSequence(sequence, ExportFormat::edl)->warnings,
-                ElementsAre(HasSubstr("999 events")));
+                ElementsAre(AllOf(Field(&ExportWarning::kind, ExportWarning::Kind::tooManyEvents),
+                                  Field(&ExportWarning::text, HasSubstr("999 events")))));
     EXPECT_THAT(edl(sequence), HasSubstr("\n1000  T712"));
 }
 

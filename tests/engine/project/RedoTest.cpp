@@ -185,6 +185,29 @@ TEST_F(Redo, GivesAPlacementItsNumberBackAndNoOtherOne) {
     EXPECT_GT(project().place("S", clip, {}, {})->number, first);
 }
 
+TEST_F(Redo, HistoryTellsTheStepsAsFactsToo) {
+    using engine::StepKind;
+    using Facts = engine::Project::StepFacts;
+    auto const last = [this] { return project().history().undoStep; };
+    auto const next = [this] { return project().history().redoStep; };
+    EXPECT_EQ(last(), std::nullopt);
+    Cookie const clip = makeClip(1, L"waves\n2");
+    std::int64_t const number = project().place("S", clip, {}, {})->number;
+    EXPECT_EQ(last(), (Facts{StepKind::placing, "waves 2", "S"}));
+    ASSERT_TRUE(project().trim(number, 1, 2));
+    EXPECT_EQ(last(), (Facts{StepKind::trimming, "waves 2", "S"}));
+    ASSERT_TRUE(project().relink(clip, makeMedia("first.mov", facts(f25, 200))));
+    EXPECT_EQ(last(), (Facts{StepKind::relinking, "waves 2", ""}));
+    ASSERT_TRUE(project().remove(number));
+    EXPECT_EQ(last(), (Facts{StepKind::removing, "waves 2", "S"})) << "the sequence is gone with it";
+    EXPECT_EQ(next(), std::nullopt);
+    for (int step = 0; step < 4; ++step) {
+        ASSERT_TRUE(project().undo());
+    }
+    EXPECT_EQ(last(), std::nullopt);
+    EXPECT_EQ(next(), (Facts{StepKind::placing, "waves 2", "S"})) << "it stands nowhere yet";
+}
+
 TEST_F(Redo, HistoryTellsWhatWouldComeNextEitherWay) {
     auto const words = [this] { return project().history().undo + " | " + project().history().redo; };
     EXPECT_EQ(words(), " | ");
