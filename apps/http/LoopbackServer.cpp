@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
+#include <optional>
 #include <stdexcept>
+#include <string>
 #include <system_error>
 
 #include <fcntl.h>
@@ -14,6 +17,7 @@
 #include <unistd.h>
 
 #include "apps/http/ElasticTaskQueue.h"
+#include "apps/http/headFields.h"
 
 namespace http {
 
@@ -47,25 +51,29 @@ bool waitFor(socket_t socket, short events, Clock::time_point until) {
 // One accepted socket as the library's stream. Thread: the one that serves it, but for end().
 class LoopbackServer::Connection final : public httplib::Stream {
 public:
-    Connection(socket_t socket, Limits const& limits) : socket_(socket), limits_(limits) {}
+    Connection(socket_t socket, LoopbackServer& server)
+        : socket_(socket), server_(server), limits_(server.limits_) {}
     ~Connection() override { ::close(socket_); }
     Connection(Connection const&) = delete;
     Connection& operator=(Connection const&) = delete;
 
     // Waits for the first byte of the next request. False when none comes.
     [[nodiscard]] bool waitForRequest() {
-        return at_ < filled_ || waitFor(socket_, POLLIN, Clock::now() + limits_.idle);
+        begin(limits_.idle, limits_.head_bytes);
+        return is_readable();
     }
     void beginRequest() {
         closes_ = false;
-        head_ = true;
-        headLeft_ = limits_.head_bytes;
-        until_ = Clock::now() + limits_.head;
+        isHead_ = true;
+        head_.clear();
+        begin(limits_.head, limits_.head_bytes);
     }
     void headHasEnded() {
-        head_ = false;
-        until_ = Clock::now() + limits_.body;
+        isHead_ = false;
+        begin(limits_.body, limits_.body_bytes);
     }
+    // Of the request that is served, as it came.
+    [[nodiscard]] std::string const& head() const noexcept { return head_; }
     // From any thread: what waits for the socket goes on and fails.
     void end() const { ::shutdown(socket_, SHUT_RDWR); }
     // Has the answer arrive although bytes of the request were left: a plain close would take it back.
@@ -89,12 +97,12 @@ public:
     void closeAfterAnswer() noexcept { closes_ = true; }
     [[nodiscard]] bool closes() const noexcept { return closes_; }
 
-    bool is_readable() const override { return at_ < filled_ || waitFor(socket_, POLLIN, until_); }
+    bool is_readable() const override { return at_ < filled_ || awaitClient(POLLIN, since_, until_); }
     bool is_writable() const override { return true; } // write() waits and tells
 
     ssize_t read(char* target, std::size_t size) override {
         if (at_ == filled_) {
-            if (!waitFor(socket_, POLLIN, until_)) {
+            if (!awaitClient(POLLIN, since_, until_)) {
                 return -1;
             }
             ssize_t got = 0;
@@ -107,15 +115,15 @@ public:
             at_ = 0;
             filled_ = static_cast<std::size_t>(got);
         }
-        size = std::min(size, filled_ - at_);
-        if (head_) {
-            size = std::min(size, headLeft_);
-            headLeft_ -= size;
-            if (size == 0) {
-                return -1;
-            }
+        size = std::min({size, filled_ - at_, left_});
+        left_ -= size;
+        if (size == 0) {
+            return -1;
         }
         std::copy_n(buffer_.begin() + static_cast<std::ptrdiff_t>(at_), size, target);
+        if (isHead_) {
+            head_.append(target, size);
+        }
         at_ += size;
         return static_cast<ssize_t>(size);
     }
@@ -127,7 +135,8 @@ public:
                 return sent;
             }
             bool const full = errno == EAGAIN || errno == EWOULDBLOCK;
-            if (errno != EINTR && !(full && waitFor(socket_, POLLOUT, Clock::now() + limits_.write))) {
+            // Who drains an answer bit by bit has kept the server since the request.
+            if (errno != EINTR && !(full && awaitClient(POLLOUT, since_, Clock::now() + limits_.write))) {
                 return -1;
             }
         }
@@ -137,21 +146,49 @@ public:
     void get_local_ip_and_port(std::string&, int&) const override {}
     socket_t socket() const override { return socket_; }
 
-    // Under the server's lock.
-    Clock::time_point idleSince;
-    bool isIdle = false;
-    bool isToEnd = false;
+    // Since when the client has owed the bytes, or the room, that the server waits for; nothing while it does
+    // not wait. Thread: any.
+    [[nodiscard]] std::optional<Clock::time_point> waitsSince() const {
+        Clock::rep const ticks = waitsSince_;
+        return ticks == notWaiting ? std::nullopt : std::optional(Clock::time_point(Clock::duration(ticks)));
+    }
+
+    bool isToEnd = false; // under the server's lock
 
 private:
+    static constexpr Clock::rep notWaiting = Clock::time_point::min().time_since_epoch().count();
+
+    // A step of the exchange in which the client has so long to send so much at most.
+    void begin(std::chrono::milliseconds time, std::size_t bytes) {
+        left_ = bytes;
+        since_ = Clock::now();
+        until_ = since_ + time;
+    }
+    bool awaitClient(short events, Clock::time_point since, Clock::time_point until) const {
+        pollfd now{socket_, events, 0};
+        if (Clock::now() < until && ::poll(&now, 1, 0) > 0) {
+            return true;
+        }
+        waitsSince_ = since.time_since_epoch().count();
+        server_.makeRoom();
+        bool const isReady = waitFor(socket_, events, until);
+        waitsSince_ = notWaiting;
+        return isReady;
+    }
+
     socket_t const socket_;
+    LoopbackServer& server_;
     Limits const& limits_;
     std::array<char, 16 * 1024> buffer_;
     std::size_t at_ = 0;
     std::size_t filled_ = 0;
-    std::size_t headLeft_ = 0;
-    bool head_ = true;
+    std::string head_;
+    bool isHead_ = true;
+    std::size_t left_ = 0; // bytes of this step
     bool closes_ = false;
+    Clock::time_point since_;
     Clock::time_point until_;
+    mutable std::atomic<Clock::rep> waitsSince_ = notWaiting;
 };
 
 thread_local LoopbackServer::Connection* LoopbackServer::served_ = nullptr;
@@ -164,10 +201,6 @@ public:
         at_ = server_.connections_.insert(server_.connections_.end(), &connection);
         connection.isToEnd = server_.ending_;
         served_ = &connection;
-        // Whoever is idle the longest gives way, before those that come would have to wait.
-        if (server_.connections_.size() > server_.limits_.connections / 4 * 3) {
-            server_.endLongestIdle();
-        }
     }
     ~Registration() {
         std::lock_guard const lock(server_.mutex_);
@@ -242,15 +275,34 @@ void LoopbackServer::closeAfterAnswer() {
     }
 }
 
-void LoopbackServer::endLongestIdle() {
+// Whoever keeps the server waiting the longest gives way, before those that come would have to wait.
+void LoopbackServer::makeRoom() {
+    std::lock_guard const lock(mutex_);
+    std::size_t const most = limits_.connections / 4 * 3;
+    if (connections_.size() <= most) {
+        return;
+    }
+    std::size_t living = 0;
+    std::size_t waiting = 0;
     Connection* longest = nullptr;
+    Clock::time_point since = Clock::time_point::max();
     for (Connection* const connection : connections_) {
-        bool const isIdle = connection->isIdle && !connection->isToEnd;
-        if (isIdle && (longest == nullptr || connection->idleSince < longest->idleSince)) {
+        if (connection->isToEnd) {
+            continue;
+        }
+        ++living;
+        std::optional<Clock::time_point> const own = connection->waitsSince();
+        if (!own) {
+            continue;
+        }
+        ++waiting;
+        if (*own < since) {
             longest = connection;
+            since = *own;
         }
     }
-    if (longest != nullptr) {
+    // One that waits alone has just come, and the others are being served.
+    if (living > most && waiting > 1) {
         longest->isToEnd = true;
         longest->end();
     }
@@ -258,13 +310,20 @@ void LoopbackServer::endLongestIdle() {
 
 bool LoopbackServer::process_and_close_socket(socket_t socket) {
     ::fcntl(socket, F_SETFD, FD_CLOEXEC);
-    Connection connection(socket, limits_);
+    Connection connection(socket, *this);
     Registration const registration(*this, connection);
     bool served = true;
     for (std::size_t count = 0; served && count < limits_.requests && nextRequest(connection); ++count) {
         bool isLast = false;
         served = process_request(connection, count + 1 == limits_.requests, isLast,
-                                 [&](httplib::Request&) { connection.headHasEnded(); }) &&
+                                 [&](httplib::Request& request) {
+                                     connection.headHasEnded();
+                                     HeadFields fields = headFieldsOf(connection.head());
+                                     request.headers = std::move(fields.headers);
+                                     if (!fields.areClear) {
+                                         connection.closeAfterAnswer();
+                                     }
+                                 }) &&
                  !isLast && !connection.closes();
     }
     connection.closeGently();
@@ -274,16 +333,13 @@ bool LoopbackServer::process_and_close_socket(socket_t socket) {
 bool LoopbackServer::nextRequest(Connection& connection) {
     {
         std::lock_guard const lock(mutex_);
-        connection.isIdle = true;
-        connection.idleSince = Clock::now();
-        if (connection.isToEnd) {
+        if (connection.isToEnd) { // before its socket was known to those who end connections
             return false;
         }
     }
     bool const arrives = connection.waitForRequest();
-    std::lock_guard const lock(mutex_);
-    connection.isIdle = false;
     connection.beginRequest();
+    std::lock_guard const lock(mutex_);
     return arrives && !connection.isToEnd;
 }
 

@@ -1,5 +1,6 @@
 // A plain HTTP server of the loopback interface that no client can hold up: a request has a time in which to
-// arrive, an idle connection gives way to a new one, and the end of the server ends all connections.
+// arrive, a connection whose client keeps it waiting gives way to a new one, and the end of the server ends
+// all connections.
 #pragma once
 
 #include <chrono>
@@ -14,7 +15,9 @@
 namespace http {
 
 // Routes and handlers are those of the library, set before start(). The library's own timeouts, keep-alive
-// settings and queue are not used.
+// settings and queue are not used. The headers of a request are as they were sent, while the library would
+// decode percent signs in them, which would make one host or origin out of several; what is no field (its
+// name is no token, it has control characters) is left out, and the connection ends after the answer.
 class LoopbackServer : public httplib::Server {
 public:
     struct Limits {
@@ -24,7 +27,8 @@ public:
         std::chrono::milliseconds write{30'000}; // without a byte that goes
         std::chrono::milliseconds idle{60'000};
         std::size_t head_bytes = std::size_t{64} << 10;
-        std::size_t requests = 10'000; // on one connection
+        std::size_t body_bytes = std::size_t{512} << 10; // as it is sent, with the frames of its chunks
+        std::size_t requests = 10'000;                   // on one connection
     };
 
     explicit LoopbackServer(Limits limits);
@@ -32,7 +36,7 @@ public:
     ~LoopbackServer() override;
 
     // Takes the port of 127.0.0.1, or with 0 a free one, and gives it. Throws std::runtime_error with a text
-    // for the user when it is taken. Call once, then start().
+    // for the user when it is taken; another one can be tried then. Then start().
     int bind(int port);
     // Answers from now on, on threads of its own.
     void start();
@@ -53,7 +57,7 @@ private:
     class Connection;
     class Registration;
     [[nodiscard]] bool nextRequest(Connection& connection);
-    void endLongestIdle(); // under the lock
+    void makeRoom();
 
     static thread_local Connection* served_; // by the calling thread
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "apps/zq/Reply.h"
+#include "apps/zq/Reason.h"
 #include "apps/zq/Text.h"
 
 namespace zq {
@@ -24,8 +24,10 @@ EditModifier openAsset(Session& session, RemoteAsset const& asset) {
     ServiceWatch const watch = session.watch();
     EditModifier edit = session.repository().openEdit(asset, iMediaFileRepository::eOpenNormally);
     if (!edit) {
-        throw CommandError("no edit could be made of clip " + utf8(asset.id) + ": " +
-                           watch.failure().value_or("the service tells too little of it"));
+        std::optional<std::string> const failure = watch.failure();
+        throw ReasonedError(failure ? reasonOf(watch) : Reason::noEdit,
+                            "no edit could be made of clip " + utf8(asset.id) + ": " +
+                                failure.value_or("the service tells too little of it"));
     }
     return edit;
 }

@@ -142,13 +142,19 @@ void FetchJob::fetch(FetchClip const& clip, MediaFileRepositoryBase& repository,
     UnfetchedClip failed;
     failed.id = clip.id;
     failed.name = clip.name;
+    using Why = UnfetchedClip::Why;
     if (isCancelled()) {
+        failed.why = Why::cancelled;
         failed.reason = "cancelled";
     } else if (!result || log->transferFailed()) {
-        failed.reason = log->lastLine().empty() ? "the service refused it" : log->lastLine();
+        bool const isTold = !log->lastLine().empty();
+        failed.why = isTold ? Why::transfer : Why::refused;
+        failed.reason = isTold ? log->lastLine() : "the service refused it";
     } else if (refused) {
+        failed.why = Why::media;
         failed.reason = relink->error();
     } else {
+        failed.why = Why::preview;
         failed.reason = "the edit still plays its preview";
     }
     outcome_.failed.push_back(std::move(failed));

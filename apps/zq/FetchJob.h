@@ -48,9 +48,18 @@ struct FetchedClip {
 };
 
 struct UnfetchedClip {
+    // What stopped it, for a program that has words of its own.
+    enum class Why {
+        cancelled,
+        transfer, // the reason is a line of the import log
+        refused,  // the service gave nothing, and said nothing
+        media,    // the file came and cannot be used: the reason says why
+        preview,  // the edit still plays its preview
+    };
     std::string id;
     std::string name;
-    std::string reason;
+    std::string reason; // in words
+    Why why = Why::transfer;
 };
 
 struct FetchOutcome {

@@ -21,16 +21,23 @@ std::string unknownSequence(engine::Project& project, std::string const& name) {
 
 } // namespace
 
-SequencePiece viewPiece(Session& session, engine::Sequence const& sequence,
-                        engine::Placement const& placement) {
+SequencePiece pieceOf(engine::Sequence const& sequence, engine::Placement const& placement,
+                      engine::EditRecord edit) {
     SequencePiece piece;
     piece.placement = placement;
-    piece.edit = session.engine().project().edit(placement.edit).value_or(engine::EditRecord());
-    piece.clipId = clipIdOf(piece.edit, session.shortName());
+    piece.edit = std::move(edit);
     piece.sourceIn = engine::timecode(placement.in, piece.edit.rate);
     piece.sourceOut = engine::timecode(placement.out, piece.edit.rate);
     piece.recordIn = engine::timecode(placement.start, sequence.rate);
     piece.recordOut = engine::timecode(placement.start + placement.length, sequence.rate);
+    return piece;
+}
+
+SequencePiece viewPiece(Session& session, engine::Sequence const& sequence,
+                        engine::Placement const& placement) {
+    SequencePiece piece = pieceOf(
+        sequence, placement, session.engine().project().edit(placement.edit).value_or(engine::EditRecord()));
+    piece.clipId = clipIdOf(piece.edit, session.shortName());
     return piece;
 }
 

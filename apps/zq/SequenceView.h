@@ -27,7 +27,10 @@ struct SequenceView {
 
 // Throws CommandError where there is no sequence of that name, with the names that there are.
 [[nodiscard]] SequenceView viewSequence(Session& session, std::string const& name);
-// The piece for one placement of a sequence.
+// The piece for one placement of a sequence, whatever its clip is of.
+[[nodiscard]] SequencePiece pieceOf(engine::Sequence const& sequence, engine::Placement const& placement,
+                                    engine::EditRecord edit);
+// The same with the clip, where it is of the chosen repository.
 [[nodiscard]] SequencePiece viewPiece(Session& session, engine::Sequence const& sequence,
                                       engine::Placement const& placement);
 

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "apps/zq/Reason.h"
 #include "apps/zq/Reply.h"
 #include "apps/zq/Text.h"
 #include "host/tasks/BackgroundTaskQueueBase.h"
@@ -19,7 +20,7 @@ constexpr std::uint16_t mostPagesOfLook = 10;
 
 void stopIfCancelled() {
     if (BackgroundTaskQueueBase::getCurrentTaskStatus() == iBackgroundTask::eCancelling) {
-        throw CommandError("interrupted");
+        throw ReasonedError(Reason::cancelled, "interrupted");
     }
 }
 
@@ -64,10 +65,11 @@ iMediaFileRepository& Session::connected() const {
         std::int32_t const status = chosen.connect(connection, LoggerHandle());
         if (status != connectedStatus) {
             if (WideString const told = chosen.getStatusText(); !told.isEmpty()) {
-                throw CommandError(utf8(told));
+                throw ReasonedError(Reason::serviceUnreachable, utf8(told));
             }
-            throw CommandError("no connection can be made to \"" + utf8(connection.server) + "\" (status " +
-                               std::to_string(status) + ")");
+            throw ReasonedError(Reason::serviceUnreachable, "no connection can be made to \"" +
+                                                                utf8(connection.server) + "\" (status " +
+                                                                std::to_string(status) + ")");
         }
     }
     return chosen;
@@ -84,8 +86,9 @@ std::optional<std::int64_t> Session::credits() const {
 iMediaFileRepository& Session::signedIn() const {
     iMediaFileRepository& chosen = connected();
     if (needsSignIn() && user().empty()) {
-        throw CommandError("Sign in first: zq login NAME, in the same shell; for a command on its own, "
-                           "zq --login NAME COMMAND");
+        throw ReasonedError(Reason::notSignedIn,
+                            "Sign in first: zq login NAME, in the same shell; for a command on its own, "
+                            "zq --login NAME COMMAND");
     }
     return chosen;
 }
@@ -93,7 +96,8 @@ iMediaFileRepository& Session::signedIn() const {
 engine::Project& Session::writableProject() const {
     engine::Project& project = engine().project();
     if (!project.canWrite()) {
-        throw CommandError("another zq works on this project: until that ends it can only be looked at");
+        throw ReasonedError(Reason::readOnly,
+                            "another zq works on this project: until that ends it can only be looked at");
     }
     return project;
 }
@@ -104,7 +108,7 @@ LightweightVector<RemoteAsset> Session::ownedAssets() const {
     LightweightVector<RemoteAsset> owned = chosen.getPurchasedAssets();
     if (owned.empty()) {
         if (auto const failure = serviceWatch.failure()) {
-            throw CommandError(*failure);
+            throw ReasonedError(reasonOf(serviceWatch), *failure);
         }
     }
     return owned;
@@ -116,15 +120,16 @@ SearchResults Session::search(SearchQuery const& query) {
     SearchResults results = chosen.search(query);
     if (results.assets.empty() && results.totalCount == 0) {
         if (auto const failure = serviceWatch.failure()) {
-            throw CommandError(*failure);
+            throw ReasonedError(reasonOf(serviceWatch), *failure);
         }
         bool const hasServer = !chosen.getDescription().connection.server.isEmpty();
         if (hasServer && !serviceWatch.sawRequest()) {
-            throw CommandError("the search could not be sent");
+            throw ReasonedError(Reason::serviceUnreachable, "the search could not be sent");
         }
     }
     if (results.assets.empty() && results.totalCount != 0 && query.page == SearchQuery{}.page) {
-        throw CommandError("the service's answer cannot be used: it counts clips and holds none");
+        throw ReasonedError(Reason::serviceFailed,
+                            "the service's answer cannot be used: it counts clips and holds none");
     }
     for (RemoteAsset const& asset : results.assets) {
         remember(asset);
@@ -180,7 +185,7 @@ RemoteAsset Session::knownAsset(std::string const& id) {
             break;
         }
     }
-    throw CommandError("the service has no clip " + id);
+    throw ReasonedError(Reason::unknownClip, "the service has no clip " + id);
 }
 
 } // namespace zq

@@ -3,7 +3,7 @@
 #include <set>
 #include <utility>
 
-#include "apps/zq/Reply.h"
+#include "apps/zq/Reason.h"
 #include "apps/zq/Text.h"
 #include "host/engine/os/DesktopShell.h"
 
@@ -44,7 +44,8 @@ Purchase buyClips(Session& session, std::vector<std::string> const& ids, Payment
         }
     }
     if (!session.needsSignIn()) {
-        throw CommandError(utf8(session.repository().getName()) + " sells nothing: fetch takes what it has");
+        throw ReasonedError(Reason::sellsNothing,
+                            utf8(session.repository().getName()) + " sells nothing: fetch takes what it has");
     }
     iMediaFileRepository& repository = session.signedIn();
     ServiceWatch const watch = session.watch();

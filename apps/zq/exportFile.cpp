@@ -22,7 +22,11 @@ std::vector<std::string> exportFile(Session& session, std::string const& sequenc
     if (!engine::writeWholeFile(file, exported->text, engine::Durability::synced)) {
         throw CommandError("cannot write " + file.string());
     }
-    return exported->warnings;
+    std::vector<std::string> warnings;
+    for (engine::ExportWarning const& warning : exported->warnings) {
+        warnings.push_back(warning.text);
+    }
+    return warnings;
 }
 
 } // namespace zq

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "apps/zq/EditLookup.h"
-#include "apps/zq/Reply.h"
+#include "apps/zq/Reason.h"
 #include "apps/zq/TaskWait.h"
 #include "apps/zq/Text.h"
 
@@ -16,7 +16,8 @@ FetchClip prepare(Session& session, RemoteAsset const& asset) {
     clip.asset = asset;
     clip.id = utf8(asset.id);
     if (std::uint64_t const task = session.fetches().taskOf(clip.id, session.engine().tasks()); task != 0) {
-        throw CommandError("clip " + clip.id + " is being fetched by task " + std::to_string(task));
+        throw ReasonedError(Reason::beingFetched,
+                            "clip " + clip.id + " is being fetched by task " + std::to_string(task));
     }
     clip.edit = openAsset(session, asset);
     clip.cookie = clip.edit->getCookie();
@@ -36,7 +37,7 @@ QueuedFetch queueFetch(Session& session, LightweightVector<RemoteAsset> const& a
     for (RemoteAsset const& asset : assets) {
         if (seen.insert(asset.id).second) {
             if (isCommandCancelled()) {
-                throw CommandError("interrupted");
+                throw ReasonedError(Reason::cancelled, "interrupted");
             }
             clips.push_back(prepare(session, asset));
         }

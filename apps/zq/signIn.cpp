@@ -56,6 +56,8 @@ SignIn signIn(Session& session, configb const& form) {
     SignIn result;
     result.code = repository.login(form);
     result.error = inWords(result.code, watch);
+    bool const isTold = result.code == signedIn || result.code == unknownUser || result.code == wrongPassword;
+    result.reason = isTold || !watch.failure() ? Reason::none : reasonOf(watch);
     result.user = session.user();
     return result;
 }

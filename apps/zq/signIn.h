@@ -4,14 +4,16 @@
 #include <cstdint>
 #include <string>
 
+#include "apps/zq/Reason.h"
 #include "apps/zq/Session.h"
 
 namespace zq {
 
 struct SignIn {
-    std::int32_t code = 0; // the repository's result
-    std::string user;      // who is signed in afterwards; empty: nobody
-    std::string error;     // in words; empty when the sign-in succeeded
+    std::int32_t code = 0;        // the repository's result
+    std::string user;             // who is signed in afterwards; empty: nobody
+    std::string error;            // in words; empty when the sign-in succeeded
+    Reason reason = Reason::none; // of an error that the code does not tell
 };
 
 // Asks for the password, or reads it from the next line of the input, and signs in. Fetches that run are

@@ -216,9 +216,11 @@ TEST_F(Road, OfAPurchaseThatIsTooDearEndsWithTheServicesWords) {
 TEST_F(Road, HasTheCostAsASpreadsheet) {
     static_cast<void>(answers({place("--in 0.2 --out 0.8")}));
     std::string const table = run({"usage", "A", "--csv"}).out;
-    EXPECT_THAT(table,
-                StartsWith("clip,name,source in,source out,record in,record out,owned,price\r\n" + car_ +
-                           ",Red car,00:00:00:05,00:00:00:20,00:00:00:00,00:00:00:15,unknown,$"));
+    EXPECT_THAT(
+        table,
+        StartsWith("repository,clip,name,source in,source out,record in,record out,owned,price,licensor,"
+                   "account,legal notice\r\nT7," +
+                   car_ + ",Red car,00:00:00:05,00:00:00:20,00:00:00:00,00:00:00:15,unknown,$"));
     EXPECT_THAT(run({"usage", "A"}).out, HasSubstr("A: to buy: 1 clip, $"));
     EXPECT_THAT(errorOf(answers({"usage B"})[0]), HasSubstr("there is \"A\""));
 }

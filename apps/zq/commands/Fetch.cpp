@@ -6,6 +6,7 @@
 #include "apps/zq/JsonOutput.h"
 #include "apps/zq/commands/Commands.h"
 #include "apps/zq/commands/EditListing.h"
+#include "apps/zq/commands/FetchListing.h"
 #include "apps/zq/fetchClips.h"
 
 namespace zq {
@@ -57,15 +58,7 @@ void addOutcome(JSON::Builder& json, FetchOutcome const& outcome) {
         json.endChild();
     }
     json.endArray();
-    json.startArray("failed");
-    for (UnfetchedClip const& clip : outcome.failed) {
-        json.startChild(nullptr);
-        addText(json, "id", clip.id);
-        addText(json, "name", clip.name);
-        addText(json, "reason", clip.reason);
-        json.endChild();
-    }
-    json.endArray();
+    addUnfetched(json, "failed", outcome.failed);
 }
 
 // Said at once and not as the reply's text, so that a failure does not hide what succeeded.
@@ -92,7 +85,7 @@ void addUnbegun(FetchOutcome& outcome, FetchJob const& job) {
             std::ranges::find(outcome.relinked, clip.id, &FetchedClip::id) != outcome.relinked.end() ||
             std::ranges::find(outcome.failed, clip.id, &UnfetchedClip::id) != outcome.failed.end();
         if (!isDone) {
-            outcome.failed.push_back({clip.id, clip.name, "cancelled"});
+            outcome.failed.push_back({clip.id, clip.name, "cancelled", UnfetchedClip::Why::cancelled});
         }
     }
 }

@@ -8,7 +8,6 @@
 #include "apps/zq/TaskWait.h"
 #include "apps/zq/commands/Commands.h"
 #include "apps/zq/panel/PanelProgram.h"
-#include "host/engine/os/DesktopShell.h"
 
 namespace zq {
 
@@ -18,7 +17,7 @@ class Panel final : public Command {
 public:
     void declare(CLI::App& options) override {
         options
-            .add_option("--port", port_, "port of the loopback interface; any free one where none is given")
+            .add_option("--port", port_, "port of the loopback interface; where none is given, that of earlier runs or any free one")
             ->check(CLI::Range(lowestPort, highestPort))
             ->type_name("N");
         options.add_flag("--no-browser", noBrowser_, "do not open it in the web browser");
@@ -33,13 +32,12 @@ public:
         reply.members = [address](JSON::Builder& json) { addText(json, "address", address); };
         session.live().tell(reply);
         if (!noBrowser_) {
-            engine::DesktopShell& shell = session.engine().shell();
-            static_cast<void>(shell.openInBrowser(wide(address)));
-            static_cast<void>(shell.takeLastPage()); // told already
+            program.openInBrowser();
         }
         constexpr std::chrono::milliseconds step{100};
         while (!isCommandCancelled()) {
             std::this_thread::sleep_for(step);
+            program.removeUsedPage();
         }
         return reply;
     }

@@ -1,15 +1,13 @@
 // "relink": has an edit play another file, or tells what that would change.
 
-#include <algorithm>
 #include <filesystem>
 
 #include "apps/zq/Command.h"
 #include "apps/zq/EditLookup.h"
 #include "apps/zq/JsonOutput.h"
-#include "apps/zq/SequenceView.h"
 #include "apps/zq/commands/Commands.h"
 #include "apps/zq/commands/EditListing.h"
-#include "apps/zq/commands/SequenceListing.h"
+#include "apps/zq/commands/RelinkListing.h"
 #include "apps/zq/terminal/PlainText.h"
 #include "apps/zq/terminal/Table.h"
 
@@ -19,26 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using engine::RelinkReport;
-
-struct SequenceUse {
-    std::string sequence;
-    SequencePiece piece;
-    bool isCutShort = false; // it shows frames that the new file does not have
-};
-
-std::vector<SequenceUse> usesOf(Session& session, Cookie const& edit, RelinkReport const& report) {
-    engine::Project& project = session.engine().project();
-    std::vector<SequenceUse> uses;
-    for (engine::Project::Use const& found : project.usesOf(edit)) {
-        engine::Sequence const sequence = project.sequence(found.sequence).value_or(engine::Sequence());
-        SequenceUse use;
-        use.sequence = found.sequence;
-        use.piece = viewPiece(session, sequence, found.placement);
-        use.isCutShort = std::ranges::find(report.cutShort, found.placement.number) != report.cutShort.end();
-        uses.push_back(std::move(use));
-    }
-    return uses;
-}
 
 std::string describeFile(engine::MediaFacts const& facts) {
     std::string const rate = utf8(Zq::getDisplayString(facts.rate));
@@ -56,24 +34,6 @@ std::string describeFile(engine::MediaFacts const& facts) {
                 (facts.audioChannels == 1 ? " channel" : " channels");
     }
     return text;
-}
-
-void addFacts(JSON::Builder& json, engine::MediaFacts const& facts) {
-    json.startChild("file");
-    addText(json, "container", facts.container);
-    addText(json, "videoCodec", facts.videoCodec);
-    addText(json, "audioCodec", facts.audioCodec);
-    addNumber(json, "width", facts.width);
-    addNumber(json, "height", facts.height);
-    addNumber(json, "scanMode", static_cast<std::int32_t>(facts.scanMode));
-    addNumber(json, "rateNumerator", facts.rateNumerator);
-    addNumber(json, "rateDenominator", facts.rateDenominator);
-    addNumber(json, "frames", facts.frames);
-    addDecimal(json, "duration_s", facts.duration_s);
-    addNumber(json, "audioChannels", facts.audioChannels);
-    addNumber(json, "bitRate", facts.bitRate);
-    addNumber(json, "size", facts.size_bytes);
-    json.endChild();
 }
 
 std::string useTable(std::vector<SequenceUse> const& uses, Screen const& screen) {
@@ -139,17 +99,7 @@ private:
             addText(json, "cookie", engine::cookieText(record.cookie));
             json.add("name", record.name(), true);
             json.add("changed", !check);
-            addFacts(json, report.facts);
-            addDifferences(json, "differences", report.differences);
-            json.startArray("uses");
-            for (SequenceUse const& use : uses) {
-                json.startChild(nullptr);
-                addText(json, "sequence", use.sequence);
-                addPieceMembers(json, use.piece);
-                json.add("cutShort", use.isCutShort);
-                json.endChild();
-            }
-            json.endArray();
+            addRelinkMembers(json, report, uses);
         };
         return reply;
     }

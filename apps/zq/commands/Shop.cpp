@@ -1,10 +1,12 @@
 // "buy", "owned" and "find": what the account may have and has.
 
 #include <algorithm>
+#include <filesystem>
 
 #include "apps/zq/Command.h"
 #include "apps/zq/EditLookup.h"
 #include "apps/zq/JsonOutput.h"
+#include "apps/zq/OrderBook.h"
 #include "apps/zq/buyClips.h"
 #include "apps/zq/commands/AssetListing.h"
 #include "apps/zq/commands/Commands.h"
@@ -26,6 +28,7 @@ public:
     }
 
     Reply run(Session& session) override {
+        refuseUndecided(session);
         Purchase const purchase = buyClips(session, ids_, credits_ ? Payment::credits : Payment::cash);
         Reply reply;
         reply.standsInterrupted = purchase.code == Purchase::done;
@@ -43,6 +46,26 @@ public:
     }
 
 private:
+    // What a panel of this home has ordered and does not know the end of is not ordered here as well.
+    void refuseUndecided(Session& session) const {
+        std::filesystem::path const file = session.engine().home() / "purchases.db";
+        std::error_code error;
+        if (!std::filesystem::exists(file, error) && !error) {
+            return;
+        }
+        try {
+            OrderBook book(file);
+            if (book.inTheWay(utf8(session.shortName()), session.user(), ids_)) {
+                throw CommandError(
+                    "the panel has ordered one of these clips, and the service's list of what is "
+                    "owned has not told yet what came of it: \"zq owned\" shows the list, and "
+                    "\"zq panel\" watches it");
+            }
+        } catch (OrderBookError const& failure) {
+            throw CommandError(std::string("nothing was bought: ") + failure.what());
+        }
+    }
+
     std::vector<std::string> ids_;
     bool credits_ = false;
     bool cash_ = false;

@@ -1,11 +1,9 @@
 // "usage": what the clips of a sequence cost.
 
 #include "apps/zq/Command.h"
-#include "apps/zq/Csv.h"
-#include "apps/zq/JsonOutput.h"
+#include "apps/zq/Text.h"
 #include "apps/zq/UsageReport.h"
 #include "apps/zq/commands/Commands.h"
-#include "apps/zq/commands/SequenceListing.h"
 #include "apps/zq/terminal/PlainText.h"
 #include "apps/zq/terminal/Table.h"
 
@@ -34,35 +32,6 @@ std::string table(UsageReport const& report, Screen const& screen) {
     return rows + plainText(report.sequence + ": " + totalInWords(report)) + "\n";
 }
 
-std::string csv(UsageReport const& report) {
-    std::vector<std::string> const header{"clip",      "name",       "source in", "source out",
-                                          "record in", "record out", "owned",     "price"};
-    std::string text = csvRecord(header);
-    for (ClipUse const& use : report.uses) {
-        text += csvRecord(cells(use));
-    }
-    return text;
-}
-
-void addReport(JSON::Builder& json, UsageReport const& report) {
-    addText(json, "sequence", report.sequence);
-    json.startArray("uses");
-    for (ClipUse const& use : report.uses) {
-        json.startChild(nullptr);
-        addPieceMembers(json, use.piece);
-        addText(json, "owned", wordFor(use.ownership));
-        addText(json, "priceText", use.priceText);
-        json.add("price", wide(use.price ? amountText(use.price->cents) : "null"), false);
-        json.endChild();
-    }
-    json.endArray();
-    addNumber(json, "clipsToBuy", report.clipsToBuy);
-    addNumber(json, "clipsWithoutPrice", report.clipsWithoutPrice);
-    json.add("total", wide(report.total ? amountText(report.total->cents) : "null"), false);
-    addText(json, "totalText", report.total ? priceText(*report.total) : std::string());
-    json.add("credits", wide(report.credits ? std::to_string(*report.credits) : "null"), false);
-}
-
 class Usage final : public Command {
 public:
     void declare(CLI::App& options) override {
@@ -71,10 +40,10 @@ public:
     }
 
     Reply run(Session& session) override {
-        UsageReport const report = reportUsage(session, name_);
+        SequenceUsage const usage = usageOf(session, name_);
         Reply reply;
-        reply.text = csv_ ? csv(report) : table(report, session.screen());
-        reply.members = [report](JSON::Builder& json) { addReport(json, report); };
+        reply.text = csv_ ? usageCsv(usage) : table(usage.parts.front().report, session.screen());
+        reply.members = [usage](JSON::Builder& json) { addUsageMembers(json, usage); };
         return reply;
     }
 

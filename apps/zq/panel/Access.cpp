@@ -45,6 +45,15 @@ bool isSameOrigin(httplib::Request const& request, std::string const& host) {
     return sameOrigin && saysSo;
 }
 
+// A browser says where a request comes from; what says nothing is no browser, or an old one.
+bool saysOwnOrNobody(httplib::Request const& request) {
+    if (!request.has_header("Sec-Fetch-Site")) {
+        return true;
+    }
+    std::optional<std::string> const site = single(request, "Sec-Fetch-Site");
+    return site == "same-origin" || site == "none"; // nobody: a person has typed the address
+}
+
 bool isJson(httplib::Request const& request) {
     std::optional<std::string> const type = single(request, "Content-Type");
     if (!type || request.has_header("Content-Encoding")) {
@@ -89,9 +98,17 @@ bool hasBody(httplib::Request const& request) {
            (request.has_header("Content-Length") && single(request, "Content-Length") != "0");
 }
 
+Entry entryOf(httplib::Request const& request) {
+    constexpr std::string_view frames[] = {"embed", "fencedframe", "frame", "iframe", "object"};
+    bool const isFrame =
+        request.has_header("Sec-Fetch-Dest") &&
+        std::ranges::find(frames, single(request, "Sec-Fetch-Dest").value_or("frame")) != std::end(frames);
+    return isFrame && !saysOwnOrNobody(request) ? Entry::frame : Entry::window;
+}
+
 Access::Access(int port)
     : port_(std::to_string(port)), token_(engine::randomHex(secret_bytes)),
-      secret_(engine::randomHex(secret_bytes)) {}
+      secret_(engine::randomHex(secret_bytes)), frameKey_(engine::randomHex(secret_bytes)) {}
 
 std::string Access::address() const {
     return "http://127.0.0.1:" + port_ + std::string(enterPath) + "?token=" + token_;
@@ -103,6 +120,10 @@ bool Access::isToken(std::string_view text) const {
 
 std::string Access::cookie() const {
     return "zq-panel-" + port_ + "=" + secret_ + "; HttpOnly; SameSite=Strict; Path=/";
+}
+
+std::string Access::pageFor(Entry entry) const {
+    return entry == Entry::frame ? "/?frame=" + frameKey_ : "/";
 }
 
 bool Access::isOwnHost(std::string_view host) const {
@@ -128,6 +149,16 @@ bool Access::hasCookie(httplib::Request const& request) const {
     return found;
 }
 
+// Other pages may lead to the panel, and may hold it in a frame where they know the token. What else they ask
+// for would come with the cookie when they are of another port of this machine, which is no other site.
+bool Access::mayRead(httplib::Request const& request, std::string_view path) const {
+    if (saysOwnOrNobody(request) || path == enterPath) {
+        return true;
+    }
+    bool const leads = path == "/" && single(request, "Sec-Fetch-Mode") == "navigate";
+    return leads && (entryOf(request) == Entry::window || isSame(request.target, pageFor(Entry::frame)));
+}
+
 std::optional<Refusal> Access::judge(httplib::Request const& request) const {
     std::optional<std::string> const host = single(request, "Host");
     if (!host || !isOwnHost(*host)) {
@@ -137,7 +168,7 @@ std::optional<Refusal> Access::judge(httplib::Request const& request) const {
     if (path != enterPath && !hasCookie(request)) {
         return refusal(ErrorCode::notEntered, "open the address that \"zq panel\" has printed");
     }
-    if (changesSomething(request) && !isSameOrigin(request, *host)) {
+    if (changesSomething(request) ? !isSameOrigin(request, *host) : !mayRead(request, path)) {
         return refusal(ErrorCode::foreignOrigin, "the request does not come from the panel's own page");
     }
     if (hasBody(request)) {

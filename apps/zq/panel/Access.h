@@ -17,6 +17,8 @@ struct Refusal {
     std::string text;
 };
 
+enum class Entry { window, frame };
+
 // Thread: any; nothing in it changes.
 class Access {
 public:
@@ -31,18 +33,26 @@ public:
     [[nodiscard]] bool isToken(std::string_view text) const;
     // The value of the "Set-Cookie" header of those who have entered.
     [[nodiscard]] std::string cookie() const;
+    // Where those who have entered go on. In a frame of another page the address tells that they entered
+    // there.
+    [[nodiscard]] std::string pageFor(Entry entry) const;
 
     // Why the request is refused, by its head; nothing where its body may be read and its route looked up.
     [[nodiscard]] std::optional<Refusal> judge(httplib::Request const& request) const;
 
 private:
     [[nodiscard]] bool isOwnHost(std::string_view host) const;
+    [[nodiscard]] bool mayRead(httplib::Request const& request, std::string_view path) const;
     [[nodiscard]] bool hasCookie(httplib::Request const& request) const;
 
     std::string const port_;
     std::string const token_;
-    std::string const secret_; // the cookie's value
+    std::string const secret_;   // the cookie's value
+    std::string const frameKey_; // of the page in a frame that was entered there
 };
+
+// Whether the browser asks for something that it shows in a frame of a page that is not the panel's own.
+[[nodiscard]] Entry entryOf(httplib::Request const& request);
 
 // True for a request that announces a body.
 [[nodiscard]] bool hasBody(httplib::Request const& request);

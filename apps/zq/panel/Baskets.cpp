@@ -1,62 +1,18 @@
 #include "apps/zq/panel/Baskets.h"
 
+#include <algorithm>
 #include <map>
 #include <optional>
 
 #include "apps/zq/JsonOutput.h"
-#include "apps/zq/MemoryBlock.h"
 #include "apps/zq/Money.h"
 #include "apps/zq/commands/AssetListing.h"
 #include "apps/zq/panel/ClipJson.h"
 #include "host/engine/project/Project.h"
-#include "host/json/parse.h"
-#include "host/preferences/EditorPreferences.h"
 
 namespace zq::panel {
 
 namespace {
-
-// Name and price are kept too: after a restart nobody has told of the clip yet.
-struct BasketClip {
-    std::string id;
-    std::string name;
-    std::string price;
-};
-
-std::string keyOf(RepositoryDesk const& desk) {
-    return "Panel basket " + desk.shortName();
-}
-
-std::vector<BasketClip> readBasket(RepositoryDesk const& desk) {
-    WideString const kept = prefs().getPreference(keyOf(desk).c_str(), L"");
-    std::vector<BasketClip> clips;
-    if (kept.isEmpty()) {
-        return clips;
-    }
-    Zq::Ptr<JSON::Element> const list = JSON::parse(Zq::makeShared<MemoryBlock>(utf8(kept)));
-    for (JSON::ChildMember const& item : JSON::orEmpty(list).children()) {
-        JSON::Element const& clip = *item.element;
-        if (clips.size() < Baskets::most && !clip.getStringView("id").empty()) {
-            clips.push_back({std::string(clip.getStringView("id")), std::string(clip.getStringView("name")),
-                             std::string(clip.getStringView("price"))});
-        }
-    }
-    return clips;
-}
-
-void writeBasket(RepositoryDesk const& desk, std::vector<BasketClip> const& clips) {
-    JSON::Builder json;
-    json.startArray(nullptr);
-    for (BasketClip const& clip : clips) {
-        json.startChild(nullptr);
-        addText(json, "id", clip.id);
-        addText(json, "name", clip.name);
-        addText(json, "price", clip.price);
-        json.endChild();
-    }
-    json.endArray();
-    prefs().setPreference(keyOf(desk).c_str(), json.getOutput());
-}
 
 RemoteAsset bareAsset(std::string const& id) {
     RemoteAsset asset;
@@ -115,7 +71,7 @@ std::size_t usesOf(Session& session, RemoteAsset const& asset) {
 
 void Baskets::replace(RepositoryDesk const& desk, Session& session, std::vector<std::string> const& ids) {
     std::map<std::string, BasketClip> before;
-    for (BasketClip& clip : readBasket(desk)) {
+    for (BasketClip& clip : memory_.basket(desk.shortName())) {
         before.emplace(clip.id, std::move(clip));
     }
     std::vector<BasketClip> clips;
@@ -124,7 +80,20 @@ void Baskets::replace(RepositoryDesk const& desk, Session& session, std::vector<
         clips.push_back(found != before.end() ? found->second : BasketClip{id, {}, {}});
         refresh(clips.back(), desk, session);
     }
-    writeBasket(desk, clips);
+    keep(desk, clips);
+}
+
+void Baskets::remove(RepositoryDesk const& desk, std::vector<std::string> const& ids) {
+    std::vector<BasketClip> clips = memory_.basket(desk.shortName());
+    std::size_t const removed = std::erase_if(
+        clips, [&](BasketClip const& clip) { return std::ranges::find(ids, clip.id) != ids.end(); });
+    if (removed != 0) {
+        keep(desk, clips);
+    }
+}
+
+void Baskets::keep(RepositoryDesk const& desk, std::vector<BasketClip> const& clips) {
+    memory_.setBasket(desk.shortName(), clips);
     JSON::Builder json;
     json.startChild(nullptr);
     addText(json, "repository", desk.shortName());
@@ -132,16 +101,20 @@ void Baskets::replace(RepositoryDesk const& desk, Session& session, std::vector<
     events_.send("basket", utf8(json.getOutput()));
 }
 
-std::string Baskets::json(RepositoryDesk const& desk, Session& session) const {
+std::string Baskets::json(RepositoryDesk const& desk, Session& session,
+                          std::set<std::string> const& undecided) const {
     Sum sum;
+    std::size_t toBuy = 0;
     JSON::Builder json;
     json.startChild(nullptr);
     json.startArray("clips");
-    for (BasketClip& clip : readBasket(desk)) {
+    for (BasketClip& clip : memory_.basket(desk.shortName())) {
         refresh(clip, desk, session);
         RemoteAsset const asset = bareAsset(clip.id);
         bool const owned = desk.owns(session, asset);
-        if (!owned) {
+        bool const isUndecided = !owned && undecided.contains(clip.id);
+        if (!owned && !isUndecided) {
+            ++toBuy;
             sum.add(clip.price);
         }
         json.startChild(nullptr);
@@ -149,10 +122,12 @@ std::string Baskets::json(RepositoryDesk const& desk, Session& session) const {
         addText(json, "name", clip.name);
         addText(json, "price", clip.price);
         json.add("owned", owned);
+        json.add("undecided", isUndecided);
         addNumber(json, "used", usesOf(session, asset));
         json.endChild();
     }
     json.endArray();
+    addNumber(json, "clipsToBuy", toBuy);
     addText(json, "total", sum.text());
     std::optional<std::int64_t> const credits = session.credits();
     json.add("credits", wide(credits ? std::to_string(*credits) : "null"), false);

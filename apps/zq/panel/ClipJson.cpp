@@ -1,5 +1,6 @@
 #include "apps/zq/panel/ClipJson.h"
 
+#include <algorithm>
 #include <set>
 
 #include "apps/zq/JsonOutput.h"
@@ -11,39 +12,54 @@ namespace zq::panel {
 
 namespace {
 
-void addAttributes(JSON::Builder& json, char const* key, RemoteAsset const& asset) {
+// The columns as the repository tells them, and what else stays with the clip.
+void addAttributes(JSON::Builder& json, char const* key, iMediaFileRepository const& repository,
+                   LightweightVector<LogAttribute> const& columns, RemoteAsset const& asset) {
     json.startChild(key);
     std::set<LogAttribute::eType> written;
-    auto const add = [&](LogAttributeMap const& attributes) {
-        for (LogAttributeMap::Entry const& entry : attributes.entries()) {
-            if (!entry.value.isEmpty() && written.insert(entry.type).second) {
-                addText(json, std::to_string(entry.type).c_str(), entry.value.view());
-            }
+    auto const add = [&](LogAttribute::eType type, std::string_view text) {
+        if (!text.empty() && written.insert(type).second) {
+            addText(json, std::to_string(type).c_str(), text);
         }
     };
-    add(asset.displayAttributes);
-    add(asset.logAttributes);
+    for (LogAttributeMap::Entry const& entry : asset.displayAttributes.entries()) {
+        add(entry.type, entry.value.view());
+    }
+    for (LogAttribute const& column : columns) {
+        if (!written.contains(column.getType())) {
+            add(column.getType(), utf8(repository.getAttribute(asset, column)));
+        }
+    }
+    for (LogAttributeMap::Entry const& entry : asset.logAttributes.entries()) {
+        add(entry.type, entry.value.view());
+    }
     json.endChild();
 }
 
-} // namespace
-
-Cookie editOf(Session& session, RemoteAsset const& asset) {
-    return session.repository().findLocalItem(asset);
+bool hasThumbnail(Session& session, RepositoryDesk const& desk, RemoteAsset const& asset) {
+    std::optional<KnownClip> const known = desk.knownClip(utf8(asset.id));
+    KnownClip const clip = known ? *known : RepositoryDesk::describe(session, asset);
+    return !(clip.thumbnailAddress.isEmpty() && clip.thumbnailPath.isEmpty());
 }
 
-void addClip(JSON::Builder& json, char const* key, Session& session, RepositoryDesk const& desk,
-             RemoteAsset const& asset) {
+std::string nameOf(iMediaFileRepository const& repository, RemoteAsset const& asset) {
+    LogAttribute const name(LogAttribute::eName);
+    std::string told = assetCell(asset, name);
+    return told.empty() ? utf8(repository.getAttribute(asset, name)) : told;
+}
+
+// With the repository's columns, which are the same for all clips of a page.
+void addClip(JSON::Builder& json, Session& session, RepositoryDesk const& desk,
+             LightweightVector<LogAttribute> const& columns, RemoteAsset const& asset) {
     std::string const id = utf8(asset.id);
-    json.startChild(key);
+    json.startChild(nullptr);
     json.add("id", asset.id, true);
-    addText(json, "name", assetCell(asset, LogAttribute(LogAttribute::eName)));
+    addText(json, "name", nameOf(session.repository(), asset));
     json.add("owned", desk.owns(session, asset));
-    addAttributes(json, "attributes", asset);
+    addAttributes(json, "attributes", session.repository(), columns, asset);
     json.add("rate", Zq::getDisplayString(asset.frameRate), true);
     addRateFraction(json, "rateFraction", asset.frameRate);
-    std::optional<KnownClip> const known = desk.knownClip(id);
-    json.add("hasThumbnail", known && !(known->thumbnailAddress.isEmpty() && known->thumbnailPath.isEmpty()));
+    json.add("hasThumbnail", hasThumbnail(session, desk, asset));
     json.add("hasPreview", !asset.proxyLocation.isEmpty());
     addNumber(json, "audioChannels", static_cast<unsigned>(asset.audioChannels));
     Cookie const cookie = editOf(session, asset);
@@ -57,8 +73,29 @@ void addClip(JSON::Builder& json, char const* key, Session& session, RepositoryD
     json.endChild();
 }
 
-std::string pageJson(Session& session, RepositoryDesk const& desk, PageOfClips const& page,
+// No more than a page of its size has room for.
+PageOfClips withClips(PageOfClips page, std::size_t clips) {
+    if (clips > 0) {
+        std::size_t const before = (page.page - std::size_t{1}) * page.pageSize;
+        page.totalCount = std::max(page.totalCount, before + std::min(clips, page.pageSize));
+        page.pageCount = std::max<std::size_t>(page.pageCount, page.page);
+    }
+    return page;
+}
+
+} // namespace
+
+Cookie editOf(Session& session, RemoteAsset const& asset) {
+    return session.repository().findLocalItem(asset);
+}
+
+void addClip(JSON::Builder& json, Session& session, RepositoryDesk const& desk, RemoteAsset const& asset) {
+    addClip(json, session, desk, session.repository().getLogAttributes(), asset);
+}
+
+std::string pageJson(Session& session, RepositoryDesk const& desk, PageOfClips const& told,
                      LightweightVector<RemoteAsset> const& clips) {
+    PageOfClips const page = withClips(told, clips.size());
     JSON::Builder json;
     json.startChild(nullptr);
     addNumber(json, "page", page.page);
@@ -66,8 +103,9 @@ std::string pageJson(Session& session, RepositoryDesk const& desk, PageOfClips c
     addNumber(json, "pageCount", page.pageCount);
     addNumber(json, "totalCount", page.totalCount);
     json.startArray("clips");
+    LightweightVector<LogAttribute> const columns = session.repository().getLogAttributes();
     for (RemoteAsset const& clip : clips) {
-        addClip(json, nullptr, session, desk, clip);
+        addClip(json, session, desk, columns, clip);
     }
     json.endArray();
     json.endChild();

@@ -10,9 +10,8 @@ namespace zq::panel {
 // The edit that the project has of the clip; the null cookie where it has none.
 [[nodiscard]] Cookie editOf(Session& session, RemoteAsset const& asset);
 
-// The clip as an object; unnamed where the key is null.
-void addClip(JSON::Builder& json, char const* key, Session& session, RepositoryDesk const& desk,
-             RemoteAsset const& asset);
+// The clip as an object without a name.
+void addClip(JSON::Builder& json, Session& session, RepositoryDesk const& desk, RemoteAsset const& asset);
 
 struct PageOfClips {
     unsigned page = 1;
@@ -20,7 +19,9 @@ struct PageOfClips {
     std::size_t pageCount = 0;
     std::size_t totalCount = 0;
 };
-[[nodiscard]] std::string pageJson(Session& session, RepositoryDesk const& desk, PageOfClips const& page,
+// The figures of a page are what a service tells, and clips that are there count whatever it tells: up to the
+// end of the page's clips there are at least as many, on at least as many pages. Thread: the desk's.
+[[nodiscard]] std::string pageJson(Session& session, RepositoryDesk const& desk, PageOfClips const& told,
                                    LightweightVector<RemoteAsset> const& clips);
 
 } // namespace zq::panel

@@ -1,10 +1,13 @@
 // The routes of clips: searches, what is owned, pictures, previews.
 
+#include <chrono>
+#include <optional>
 #include <utility>
 
 #include "apps/zq/JsonOutput.h"
 #include "apps/zq/panel/ApiError.h"
 #include "apps/zq/panel/ClipJson.h"
+#include "apps/zq/panel/EditClip.h"
 #include "apps/zq/panel/Panel.h"
 #include "apps/zq/panel/Pictures.h"
 #include "apps/zq/panel/Previews.h"
@@ -13,6 +16,7 @@
 #include "host/HostServices.h"
 #include "host/engine/Engine.h"
 #include "host/engine/network/CurlNetwork.h"
+#include "repository/Thumbnails.h"
 
 namespace zq::panel {
 
@@ -22,7 +26,10 @@ constexpr std::uint32_t largestPage = 65'535;
 constexpr std::uint32_t largestPageSize = 500;
 constexpr std::uint32_t usualPageSize = 50;
 constexpr std::size_t longestWords_bytes = 1'000;
+constexpr std::size_t longestAsker_bytes = 64;
 constexpr std::uint32_t day_s = 86'400;
+// A browser has few connections to one program: a picture that is slow must not keep one.
+constexpr std::chrono::milliseconds longestWaitForPicture{700};
 
 // Shared by the handlers of one panel. Without a cache there are no pictures.
 std::shared_ptr<Pictures> makePictures(Panel const& panel) {
@@ -34,7 +41,15 @@ std::shared_ptr<Pictures> makePictures(Panel const& panel) {
                                                               iCacheStore& store) {
         static_cast<void>(network.prefetch(addresses, store));
     };
-    return std::make_shared<Pictures>(prefetch, *cache);
+    auto const fetchOne = [thumbnails = std::make_shared<Thumbnails>()](WideString const& address) {
+        static_cast<void>(thumbnails->fetch(address, ParsedURI::parse(address)));
+    };
+    return std::make_shared<Pictures>(prefetch, fetchOne, *cache);
+}
+
+// Which page asks: its searches give way to its own alone.
+std::string askerOf(Request const& request) {
+    return queryText(request, "asker", longestAsker_bytes);
 }
 
 Response search(Panel const& panel, std::shared_ptr<Pictures> const& pictures, Request const& request) {
@@ -45,10 +60,15 @@ Response search(Panel const& panel, std::shared_ptr<Pictures> const& pictures, R
     query.pageSize =
         static_cast<std::uint16_t>(queryNumber(request, "pageSize", usualPageSize, 1, largestPageSize));
     std::string page;
-    SearchResults const results = desk.search(query, [&](Session& session, SearchResults const& found) {
+    auto const tell = [&](Session& session, SearchResults const& found) {
         page = pageJson(session, desk, {query.page, query.pageSize, found.pageCount, found.totalCount},
                         found.assets);
-    });
+    };
+    std::string const asker = askerOf(request);
+    if (pictures && query.page == 1) {
+        pictures->forget(asker); // a search begins with its first page
+    }
+    SearchResults const results = desk.search(asker, query, tell);
     if (pictures) {
         std::vector<WideString> addresses;
         for (RemoteAsset const& asset : results.assets) {
@@ -56,7 +76,7 @@ Response search(Panel const& panel, std::shared_ptr<Pictures> const& pictures, R
                 addresses.push_back(clip->thumbnailAddress);
             }
         }
-        pictures->want(addresses);
+        pictures->want(asker, addresses);
     }
     return jsonAnswer(std::move(page));
 }
@@ -70,27 +90,64 @@ Response showOwned(Panel const& panel, Request const& request) {
     }));
 }
 
+// The clip of the path's second part, as it was shown last or else as the project's edit keeps it.
+struct ClipOfPath {
+    std::optional<KnownClip> shown;
+    RemoteAsset asset;
+};
+
+ClipOfPath clipOf(Panel const& panel, Request const& request) {
+    RepositoryDesk const& desk = panel.desk(request.captures.at(0));
+    std::string const& id = request.captures.at(1);
+    if (std::optional<KnownClip> shown = desk.knownClip(id)) {
+        RemoteAsset const asset = shown->asset;
+        return {std::move(shown), asset};
+    }
+    std::optional<RemoteAsset> const kept = clipOfEdit(panel.engine.project(), desk.shortName(), id);
+    if (!kept) {
+        throw ApiError(ErrorCode::notFound, "the repository has not shown that clip", Reason::unknownClip);
+    }
+    return {std::nullopt, *kept};
+}
+
 Response showClip(Panel const& panel, Request const& request) {
     RepositoryDesk& desk = panel.desk(request.captures.at(0));
-    KnownClip const clip = clipOf(desk, request);
-    return jsonAnswer(desk.ask([&](Session& session) {
+    RemoteAsset const asset = clipOf(panel, request).asset;
+    return jsonAnswer(desk.ask(Turn::beforeSearches, [&](Session& session) {
         JSON::Builder json;
-        addClip(json, nullptr, session, desk, clip.asset);
+        addClip(json, session, desk, asset);
         return utf8(json.getOutput());
     }));
 }
 
+// The picture may be there when it is asked for again.
+Response onItsWay() {
+    constexpr int accepted = 202;
+    Response response;
+    response.status = accepted;
+    return response;
+}
+
 Response showThumbnail(Panel const& panel, std::shared_ptr<Pictures> const& pictures,
                        Request const& request) {
-    KnownClip const clip = clipOf(panel.desk(request.captures.at(0)), request);
+    ClipOfPath const found = clipOf(panel, request);
+    KnownClip const clip =
+        found.shown ? *found.shown
+                    : panel.desk(request.captures.at(0)).ask(Turn::beforeSearches, [&](Session& session) {
+                          return RepositoryDesk::describe(session, found.asset);
+                      });
     std::optional<Picture> picture;
-    if (!clip.thumbnailAddress.isEmpty()) {
-        picture = pictures ? pictures->get(clip.thumbnailAddress) : std::nullopt;
-    } else {
+    if (clip.thumbnailAddress.isEmpty()) {
         picture = readPicture(clip.thumbnailPath);
+    } else if (pictures) {
+        Pictures::Answer answer = pictures->get(clip.thumbnailAddress, longestWaitForPicture);
+        if (answer.isLate) {
+            return onItsWay();
+        }
+        picture = std::move(answer.picture);
     }
     if (!picture) {
-        throw ApiError(ErrorCode::notFound, "there is no picture of the clip");
+        throw ApiError(ErrorCode::notFound, "there is no picture of the clip", Reason::noPicture);
     }
     Response response;
     response.type = picture->type;
@@ -100,8 +157,7 @@ Response showThumbnail(Panel const& panel, std::shared_ptr<Pictures> const& pict
 }
 
 Response showPreview(Panel const& panel, std::shared_ptr<Previews> const& previews, Request const& request) {
-    KnownClip const clip = clipOf(panel.desk(request.captures.at(0)), request);
-    Previews::Preview preview = previews->open(clip.previewPath);
+    Previews::Preview preview = previews->open(clipOf(panel, request).asset.proxyLocation);
     Response response;
     response.type = std::move(preview.type);
     response.content = std::move(preview.content);
@@ -117,7 +173,7 @@ void addClipRoutes(Routes& routes, Panel const& panel) {
         {"GET", "/api/repositories/{repository}/search",
          [&panel, pictures](Request const& request) { return search(panel, pictures, request); }});
     routes.push_back({"DELETE", "/api/repositories/{repository}/search", [&panel](Request const& request) {
-                          panel.desk(request.captures.at(0)).cancelSearch();
+                          panel.desk(request.captures.at(0)).cancelSearch(askerOf(request));
                           return jsonAnswer("{}");
                       }});
     routes.push_back({"GET", "/api/repositories/{repository}/owned",

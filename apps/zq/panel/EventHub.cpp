@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <set>
 
 namespace zq::panel {
 
@@ -70,24 +71,42 @@ public:
 
     // The place of one listener in the order of events.
     struct Place {
+        std::uint64_t stream = 0; // its number among the streams
         std::uint64_t seen = 0;
         bool reset = false; // something is lost: to be told first
         Clock::time_point spoke = Clock::now();
     };
 
-    [[nodiscard]] Place placeBehind(std::uint64_t number) const {
-        std::lock_guard const lock(mutex_);
+    [[nodiscard]] Place placeBehind(std::uint64_t number) {
         Place place;
-        place.seen = number == 0 ? last_ : number;
-        place.reset = isLost(place.seen);
+        {
+            std::lock_guard const lock(mutex_);
+            place.seen = number == 0 ? last_ : number;
+            place.reset = isLost(place.seen);
+            place.stream = ++lastStream_;
+            streams_.insert(place.stream);
+            if (streams_.size() > mostStreams) {
+                streams_.erase(streams_.begin());
+            }
+        }
+        wake_.notify_all();
         return place;
+    }
+    [[nodiscard]] bool isHeard() const {
+        std::lock_guard const lock(mutex_);
+        return !streams_.empty();
+    }
+    void leave(Place const& place) {
+        std::lock_guard const lock(mutex_);
+        streams_.erase(place.stream);
     }
 
     [[nodiscard]] bool next(Place& place, std::string& piece) {
         piece.clear();
         std::unique_lock lock(mutex_);
-        wake_.wait_for(lock, patience, [&] { return ended_ || place.reset || place.seen != last_; });
-        if (ended_) {
+        auto const isOver = [&] { return ended_ || !streams_.contains(place.stream); };
+        wake_.wait_for(lock, patience, [&] { return isOver() || place.reset || place.seen != last_; });
+        if (isOver()) {
             return false;
         }
         // A listener that is slower than the events come has lost some of them too.
@@ -118,6 +137,8 @@ private:
     std::deque<Event> events_; // the last of them has the number last_
     // Begins where no earlier run has come to, so that a page of that run is not taken for one that was away.
     std::uint64_t last_ = firstNumber();
+    std::set<std::uint64_t> streams_; // those that have not ended
+    std::uint64_t lastStream_ = 0;
     bool ended_ = false;
 };
 
@@ -128,6 +149,9 @@ class Stream final : public LiveText {
 public:
     Stream(std::shared_ptr<Hub> hub, std::uint64_t behind)
         : hub_(std::move(hub)), place_(hub_->placeBehind(behind)) {}
+    ~Stream() override { hub_->leave(place_); }
+    Stream(Stream const&) = delete;
+    Stream& operator=(Stream const&) = delete;
 
     bool next(std::string& piece) override { return hub_->next(place_, piece); }
 
@@ -154,6 +178,10 @@ std::uint64_t EventHub::last() const {
 
 std::shared_ptr<LiveText> EventHub::listen(std::uint64_t behind) {
     return std::make_shared<Stream<Implementation>>(implementation_, behind);
+}
+
+bool EventHub::isHeard() const {
+    return implementation_->isHeard();
 }
 
 void EventHub::end() {

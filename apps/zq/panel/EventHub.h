@@ -14,6 +14,7 @@ namespace zq::panel {
 class EventHub {
 public:
     static constexpr std::size_t kept = 1000;
+    static constexpr std::size_t mostStreams = 64;
 
     EventHub();
     ~EventHub();
@@ -25,8 +26,11 @@ public:
     // The number of the last event.
     [[nodiscard]] std::uint64_t last() const;
     // The events behind that number as a stream of server-sent events, with "reset" in front where some of
-    // them are not kept any more or the number is of another run; 0 begins with what comes next.
+    // them are not kept any more or the number is of another run; 0 begins with what comes next. Where there
+    // are as many streams as may be, the one that has listened the longest ends; its page connects again.
     [[nodiscard]] std::shared_ptr<LiveText> listen(std::uint64_t behind);
+    // True while somebody has a stream.
+    [[nodiscard]] bool isHeard() const;
     // Ends all streams, and those that come.
     void end();
 

@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 
 #include "apps/zq/JsonOutput.h"
 #include "apps/zq/commands/AssetListing.h"
-#include "apps/zq/commands/EditListing.h"
+#include "apps/zq/commands/RelinkListing.h"
 #include "apps/zq/panel/ApiError.h"
 #include "apps/zq/panel/ClipJson.h"
 #include "apps/zq/panel/Fetches.h"
@@ -35,8 +36,8 @@ LightweightVector<RemoteAsset> choose(LightweightVector<RemoteAsset> const& owne
     for (std::string const& id : ids) {
         auto const found = std::ranges::find(owned, wide(id), &RemoteAsset::id);
         if (found == owned.end()) {
-            throw isSold ? ApiError(ErrorCode::conflict, "clip " + id + " is not owned")
-                         : ApiError(ErrorCode::notFound, "there is no clip " + id);
+            throw isSold ? ApiError(ErrorCode::conflict, "clip " + id + " is not owned", Reason::notOwned)
+                         : ApiError(ErrorCode::notFound, "there is no clip " + id, Reason::unknownClip);
         }
         chosen.push_back(*found);
     }
@@ -46,7 +47,7 @@ LightweightVector<RemoteAsset> choose(LightweightVector<RemoteAsset> const& owne
 std::uint64_t beginFetch(Panel const& panel, RepositoryDesk& desk, std::vector<std::string> const& ids) {
     return desk.ask([&](Session& session) {
         if (session.needsSignIn() && session.user().empty()) {
-            throw ApiError(ErrorCode::conflict, "nobody is signed in");
+            throw ApiError(ErrorCode::conflict, "nobody is signed in", Reason::notSignedIn);
         }
         LightweightVector<RemoteAsset> const owned = panel.purchases.readOwned(desk, session);
         return panel.fetches.begin(desk, session, choose(owned, ids, session.needsSignIn()));
@@ -66,20 +67,25 @@ Response retry(Panel const& panel, Request const& request) {
     return jsonAnswer(taskJson(beginFetch(panel, panel.desk(remaining.repository), remaining.clips)));
 }
 
+// What relinking a clip to what is on this machine would do.
 struct Check {
     std::string clip;
     std::string name;
-    bool ok = false;
-    std::string text;
-    std::vector<std::string> differences;
+    char const* outcome = "no_edit";
+    std::string text; // in words
+    std::optional<engine::RelinkReport> report;
+    std::vector<SequenceUse> uses;
+
+    [[nodiscard]] std::size_t cutShort() const {
+        return static_cast<std::size_t>(std::ranges::count_if(uses, &SequenceUse::isCutShort));
+    }
 };
 
-std::string usesInWords(engine::RelinkReport const& report) {
-    if (report.cutShort.empty()) {
+std::string usesInWords(std::size_t cutShort) {
+    if (cutShort == 0) {
         return "every use stays the same cut";
     }
-    return std::to_string(report.cutShort.size()) +
-           (report.cutShort.size() == 1 ? " use shows" : " uses show") +
+    return std::to_string(cutShort) + (cutShort == 1 ? " use shows" : " uses show") +
            " frames that the file does not have";
 }
 
@@ -103,18 +109,33 @@ Check check(RepositoryDesk const& desk, Session& session, std::string const& id)
                                                          MediaFileRepositoryBase::eFullMedia);
     }
     if (path.isEmpty() || !OS().fileManager().fileExists(path)) {
+        check.outcome = "no_file";
         check.text = "its full file is not on this machine: a fetch brings it";
         return check;
     }
     engine::Result<engine::RelinkReport> const report = project.checkRelink(cookie, path);
-    check.ok = static_cast<bool>(report);
-    check.text = report ? usesInWords(*report) : report.error();
-    if (report) {
-        for (engine::MediaDifference const& difference : report->differences) {
-            check.differences.push_back(inWords(difference));
-        }
+    if (!report) {
+        check.outcome = "unusable";
+        check.text = report.error();
+        return check;
     }
+    check.report = *report;
+    check.uses = usesOf(session, cookie, *report);
+    check.outcome = check.cutShort() == 0 ? "same" : "cut_short";
+    check.text = usesInWords(check.cutShort());
     return check;
+}
+
+void addCheck(JSON::Builder& json, Check const& found) {
+    json.startChild(nullptr);
+    addText(json, "clip", found.clip);
+    addText(json, "name", found.name);
+    json.add("ok", found.report.has_value());
+    addText(json, "outcome", found.outcome);
+    addNumber(json, "cutShort", found.cutShort());
+    addText(json, "text", found.text);
+    addRelinkMembers(json, found.report.value_or(engine::RelinkReport()), found.uses);
+    json.endChild();
 }
 
 Response checkClips(Panel const& panel, Request const& request) {
@@ -125,14 +146,7 @@ Response checkClips(Panel const& panel, Request const& request) {
         json.startChild(nullptr);
         json.startArray("checks");
         for (std::string const& id : ids) {
-            Check const found = check(desk, session, id);
-            json.startChild(nullptr);
-            addText(json, "clip", found.clip);
-            addText(json, "name", found.name);
-            json.add("ok", found.ok);
-            addText(json, "text", found.text);
-            addTexts(json, "differences", found.differences);
-            json.endChild();
+            addCheck(json, check(desk, session, id));
         }
         json.endArray();
         json.endChild();

@@ -106,6 +106,8 @@ struct Fetch {
         facts.repository = repository;
         FetchOutcome const outcome = job->outcome();
         facts.failed = outcome.failed;
+        facts.fetched = outcome.relinked.size();
+        facts.clip = report.ended || knownEvents == 0 ? 0 : transfer.clip() + 1;
         if (!report.ended) {
             facts.transfer = present(outcome);
         } else {
@@ -167,7 +169,7 @@ private:
                 std::ranges::find(outcome.relinked, clip.id, &FetchedClip::id) != outcome.relinked.end() ||
                 std::ranges::find(outcome.failed, clip.id, &UnfetchedClip::id) != outcome.failed.end();
             if (!isDone) {
-                facts.failed.push_back({clip.id, clip.name, "cancelled"});
+                facts.failed.push_back({clip.id, clip.name, "cancelled", UnfetchedClip::Why::cancelled});
             }
         }
     }
@@ -196,13 +198,15 @@ public:
                         LightweightVector<RemoteAsset> const& assets) {
         if (!session.engine().project().canWrite()) {
             throw ApiError(ErrorCode::conflict,
-                           "another program works on this project: until that ends it can only be looked at");
+                           "another program works on this project: until that ends it can only be looked at",
+                           Reason::readOnly);
         }
         for (RemoteAsset const& asset : assets) {
             std::string const id = utf8(asset.id);
             if (std::uint64_t const task = session.fetches().taskOf(id, tasks_); task != 0) {
                 throw ApiError(ErrorCode::conflict,
-                               "clip " + id + " is being fetched by task " + std::to_string(task));
+                               "clip " + id + " is being fetched by task " + std::to_string(task),
+                               Reason::beingFetched);
             }
         }
         QueuedFetch const queued = queueFetch(session, assets);
@@ -210,6 +214,9 @@ public:
         fetch.task = queued.task;
         fetch.repository = desk.shortName();
         fetch.job = queued.job;
+        for (FetchClip const& clip : fetch.job->clips()) {
+            fetch.facts.clips.push_back(clip.name);
+        }
         {
             std::lock_guard const lock(mutex_);
             fetches_.push_back(std::move(fetch));
@@ -224,12 +231,13 @@ public:
         Fetch const& fetch = find(task);
         std::optional<engine::TaskReport> const report = tasks_.report(task);
         if (report && !report->ended) {
-            throw ApiError(ErrorCode::conflict, "task " + std::to_string(task) + " has not ended yet");
+            throw ApiError(ErrorCode::conflict, "task " + std::to_string(task) + " has not ended yet",
+                           Reason::taskRuns);
         }
         Remaining remaining{fetch.repository, fetch.missing()};
         if (remaining.clips.empty()) {
-            throw ApiError(ErrorCode::conflict,
-                           "task " + std::to_string(task) + " has fetched all its clips");
+            throw ApiError(ErrorCode::conflict, "task " + std::to_string(task) + " has fetched all its clips",
+                           Reason::allFetched);
         }
         return remaining;
     }
@@ -239,7 +247,8 @@ public:
             bool const hasEnded = tasks_.report(task).has_value();
             throw ApiError(hasEnded ? ErrorCode::conflict : ErrorCode::notFound,
                            hasEnded ? "task " + std::to_string(task) + " has ended already"
-                                    : "there is no task " + std::to_string(task));
+                                    : "there is no task " + std::to_string(task),
+                           hasEnded ? Reason::taskEnded : Reason::unknownTask);
         }
         {
             std::lock_guard const lock(mutex_);
@@ -297,8 +306,8 @@ private:
     [[nodiscard]] Fetch& find(std::uint64_t task) {
         auto const found = std::ranges::find(fetches_, task, &Fetch::task);
         if (found == fetches_.end()) {
-            throw ApiError(ErrorCode::notFound,
-                           "no fetch of this run has the number " + std::to_string(task));
+            throw ApiError(ErrorCode::notFound, "no fetch of this run has the number " + std::to_string(task),
+                           Reason::unknownTask);
         }
         return *found;
     }

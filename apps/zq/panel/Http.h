@@ -19,7 +19,8 @@ struct Request {
     std::vector<std::string> captures;                     // of the route's pattern, decoded, UTF-8
     std::map<std::string, std::string, std::less<>> query; // decoded; of a key that repeats, the first
     Zq::Ptr<JSON::Element> body; // a JSON object; without members where none was sent
-    std::uint64_t lastEvent = 0; // of "Last-Event-ID", 0 without one
+    std::uint64_t lastEvent = 0; // of "Last-Event-ID", else of "since" in the query; 0 without one
+    bool inForeignFrame = false; // what it is answered is shown in a frame of a page of another origin
 };
 
 // Bytes that the transport sends piece by piece, whole or by ranges. Called by one thread at a time.

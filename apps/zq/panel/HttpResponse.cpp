@@ -121,11 +121,13 @@ void sendResponse(httplib::Request const& request, Response response, httplib::R
     }
 }
 
-void sendError(httplib::Response& answer, ErrorCode code, int status, std::string const& text) {
+void sendError(httplib::Response& answer, ErrorCode code, int status, std::string const& text,
+               Reason reason) {
     JSON::Builder json;
     json.startChild(nullptr);
     json.startChild("error");
     addText(json, "code", rowOf(code).word);
+    addText(json, "reason", wordOf(reason));
     addText(json, "text", text);
     json.endChild();
     json.endChild();

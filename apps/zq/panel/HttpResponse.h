@@ -17,6 +17,7 @@ void addSecurityHeaders(httplib::Response& answer);
 void sendResponse(httplib::Request const& request, Response response, httplib::Response& answer);
 
 // Fills the answer with the error's body.
-void sendError(httplib::Response& answer, ErrorCode code, int status, std::string const& text);
+void sendError(httplib::Response& answer, ErrorCode code, int status, std::string const& text,
+               Reason reason = Reason::none);
 
 } // namespace zq::panel

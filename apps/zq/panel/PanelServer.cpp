@@ -1,5 +1,6 @@
 #include "apps/zq/panel/PanelServer.h"
 
+#include <atomic>
 #include <list>
 #include <mutex>
 
@@ -9,6 +10,7 @@
 #include "apps/zq/MemoryBlock.h"
 #include "apps/zq/Reply.h"
 #include "apps/zq/panel/Access.h"
+#include "apps/zq/panel/EntryPage.h"
 #include "apps/zq/panel/HttpResponse.h"
 #include "apps/zq/panel/RouteTable.h"
 #include "host/engine/json/SimdjsonReader.h"
@@ -61,6 +63,19 @@ private:
     bool ending_ = false;
 };
 
+int bindFirst(TaskServer& server, std::vector<int> const& preferred, int otherwise) {
+    for (int const port : preferred) {
+        try {
+            return server.bind(port);
+        } catch (std::runtime_error const&) {
+            continue; // taken: the next one may be free
+        }
+    }
+    return server.bind(otherwise);
+}
+
+constexpr std::string_view fromPage = "page"; // in the query of an entry
+
 bool takesBody(std::string const& method) {
     return method == "POST" || method == "PUT" || method == "PATCH" || method == "DELETE";
 }
@@ -76,7 +91,9 @@ Zq::Ptr<JSON::Element> parseObject(std::string const& text) {
 }
 
 std::uint64_t lastEventOf(httplib::Request const& request) {
-    std::string const text = request.get_header_value("Last-Event-ID");
+    // A browser says the first by itself; a page that begins a new stream cannot, and says the second.
+    std::string const header = request.get_header_value("Last-Event-ID");
+    std::string const text = header.empty() ? request.get_param_value("since") : header;
     bool const isNumber =
         !text.empty() && text.size() <= 18 && text.find_first_not_of("0123456789") == std::string::npos;
     return isNumber ? std::stoull(text) : 0;
@@ -86,8 +103,8 @@ std::uint64_t lastEventOf(httplib::Request const& request) {
 
 class PanelServer::Implementation {
 public:
-    Implementation(Routes routes, WebFiles files, int port)
-        : files_(std::move(files)), port_(server_.bind(port)), access_(port_),
+    Implementation(Routes routes, WebFiles files, int port, std::vector<int> const& preferred)
+        : files_(std::move(files)), port_(bindFirst(server_, preferred, port)), access_(port_),
           table_(withOwn(std::move(routes))) {
         configure();
         server_.start();
@@ -100,6 +117,7 @@ public:
     void end() { server_.endWithTasks(); }
     [[nodiscard]] int port() const noexcept { return port_; }
     [[nodiscard]] std::string address() const { return access_.address(); }
+    [[nodiscard]] bool wasPageUsed() const noexcept { return pageUsed_; }
     [[nodiscard]] Routes const& routes() const noexcept { return table_.routes(); }
 
 private:
@@ -116,6 +134,7 @@ private:
     TaskServer server_;
     int const port_;
     Access const access_;
+    std::atomic<bool> mutable pageUsed_{false};
     RouteTable const table_;
 };
 
@@ -132,10 +151,18 @@ Response PanelServer::Implementation::enter(Request const& request) const {
     if (token == request.query.end() || !access_.isToken(token->second)) {
         throw ApiError(ErrorCode::notEntered, "open the address that \"zq panel\" has printed");
     }
-    constexpr int seeOther = 303;
     Response response;
+    if (request.query.contains(fromPage)) {
+        pageUsed_ = true;
+        response.headers = {{"Set-Cookie", access_.cookie()}};
+        response.type = "text/html; charset=utf-8";
+        response.body = leadTo("/");
+        return response;
+    }
+    constexpr int seeOther = 303;
     response.status = seeOther;
-    response.headers = {{"Location", "/"}, {"Set-Cookie", access_.cookie()}};
+    Entry const entry = request.inForeignFrame ? Entry::frame : Entry::window;
+    response.headers = {{"Location", access_.pageFor(entry)}, {"Set-Cookie", access_.cookie()}};
     return response;
 }
 
@@ -240,9 +267,12 @@ void PanelServer::Implementation::answer(httplib::Request const& request, httpli
         own.captures = std::move(match.captures);
         own.query = parseQuery(target.substr(std::min(question + 1, target.size())));
         own.lastEvent = lastEventOf(request);
+        own.inForeignFrame = entryOf(request) == Entry::frame;
         sendResponse(request, match.route->handler(own), response);
     } catch (ApiError const& error) {
-        sendError(response, error.code(), rowOf(error.code()).status, error.what());
+        sendError(response, error.code(), rowOf(error.code()).status, error.what(), error.reason());
+    } catch (ReasonedError const& error) {
+        sendError(response, ErrorCode::failed, rowOf(ErrorCode::failed).status, error.what(), error.reason());
     } catch (CommandError const& error) {
         sendError(response, ErrorCode::failed, rowOf(ErrorCode::failed).status, error.what());
     } catch (std::exception const& error) {
@@ -255,8 +285,9 @@ void PanelServer::Implementation::answer(httplib::Request const& request, httpli
     }
 }
 
-PanelServer::PanelServer(Routes routes, WebFiles files, int port)
-    : implementation_(std::make_unique<Implementation>(std::move(routes), std::move(files), port)) {}
+PanelServer::PanelServer(Routes routes, WebFiles files, int port, std::vector<int> const& preferred)
+    : implementation_(
+          std::make_unique<Implementation>(std::move(routes), std::move(files), port, preferred)) {}
 
 PanelServer::~PanelServer() = default;
 
@@ -266,6 +297,14 @@ int PanelServer::port() const noexcept {
 
 std::string PanelServer::address() const {
     return implementation_->address();
+}
+
+std::string PanelServer::addressForPage() const {
+    return address() + "&" + std::string(fromPage) + "=1";
+}
+
+bool PanelServer::wasPageUsed() const noexcept {
+    return implementation_->wasPageUsed();
 }
 
 Routes const& PanelServer::routes() const noexcept {

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "apps/zq/panel/Route.h"
 #include "apps/zq/panel/WebFiles.h"
@@ -11,10 +12,10 @@ namespace zq::panel {
 
 class PanelServer {
 public:
-    // Answers these routes, and those of the page itself, on that port of 127.0.0.1, or with 0 on a free one.
-    // Throws std::runtime_error with a text for the user when the port is taken. Everything that a handler
-    // uses outlives the server.
-    PanelServer(Routes routes, WebFiles files, int port);
+    // Answers these routes, and those of the page itself, on 127.0.0.1: on the first of the preferred ports
+    // that is free, else on that port, or with 0 on a free one. Throws std::runtime_error with a text for the
+    // user when the port is taken. Everything that a handler uses outlives the server.
+    PanelServer(Routes routes, WebFiles files, int port, std::vector<int> const& preferred = {});
     // end()
     ~PanelServer();
     PanelServer(PanelServer const&) = delete;
@@ -23,6 +24,11 @@ public:
     [[nodiscard]] int port() const noexcept;
     // What a person opens to enter. It holds the token: it goes to that person alone.
     [[nodiscard]] std::string address() const;
+    // The same for a page that leads there: a browser that another page has sent does not take the cookie
+    // along a redirect.
+    [[nodiscard]] std::string addressForPage() const;
+    // True when somebody has entered by that one. Thread: any.
+    [[nodiscard]] bool wasPageUsed() const noexcept;
     // All routes that are answered.
     [[nodiscard]] Routes const& routes() const noexcept;
 

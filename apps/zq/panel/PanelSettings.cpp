@@ -14,7 +14,6 @@
 #include "host/engine/settings/HomeFolder.h"
 #include "host/engine/settings/TomlFile.h"
 #include "host/json/NumberMembers.h"
-#include "host/preferences/EditorPreferences.h"
 
 namespace zq::panel {
 
@@ -25,16 +24,12 @@ namespace {
 constexpr std::size_t longestText_bytes = 4'000;
 constexpr std::size_t largestFile_bytes = std::size_t{1} << 20;
 constexpr double largestCache_MiB = 1 << 24;
-constexpr std::int32_t usualThumbnail_px = 200;
 constexpr double smallestThumbnail_px = 64;
 constexpr double largestThumbnail_px = 640;
 
 // A file with this at its top is written anew by the program that starts everything on embedded defaults.
 constexpr std::string_view writtenAnew = "# Written by ./run at each start";
 
-constexpr char const* themeKey = "Panel theme";
-constexpr char const* viewKey = "Panel view";
-constexpr char const* thumbnailKey = "Panel thumbnail size";
 constexpr std::string_view themes[] = {"dark", "light", "system"};
 constexpr std::string_view views[] = {"grid", "list"};
 
@@ -56,14 +51,25 @@ std::string nameOf(std::string const& code) {
     return std::string(found != std::end(languageNames) ? found->name : code);
 }
 
-[[noreturn]] void refuse(std::string_view name, std::string const& what) {
-    throw ApiError(ErrorCode::badRequest, "\"" + std::string(name) + "\" " + what);
+[[noreturn]] void refuse(std::string_view name, std::string const& what,
+                         Reason reason = Reason::unusableValue) {
+    throw ApiError(ErrorCode::badRequest, "\"" + std::string(name) + "\" " + what, reason);
 }
 
-// The value of a choice in the preferences, the first one where there is none of these.
-std::string choice(char const* key, std::span<std::string_view const> words, std::string_view otherwise) {
-    std::string const kept = utf8(prefs().getPreference(key, L""));
-    return std::ranges::find(words, kept) != words.end() ? kept : std::string(otherwise);
+// What is kept, where it is one of the words.
+std::string choice(std::string const& kept, std::span<std::string_view const> words, std::string otherwise) {
+    return std::ranges::find(words, kept) != words.end() ? kept : std::move(otherwise);
+}
+
+// How the page looks, whatever a person has written into the file.
+PageLooks looksIn(PanelMemory const& memory) {
+    PageLooks const usual;
+    PageLooks looks = memory.looks();
+    looks.theme = choice(looks.theme, themes, usual.theme);
+    looks.view = choice(looks.view, views, usual.view);
+    bool const fits = looks.thumbnail_px >= smallestThumbnail_px && looks.thumbnail_px <= largestThumbnail_px;
+    looks.thumbnail_px = fits ? looks.thumbnail_px : usual.thumbnail_px;
+    return looks;
 }
 
 // The body's members, each looked at.
@@ -99,7 +105,8 @@ public:
         if (isOther ||
             (number && (!(*number >= least && *number <= most) || *number != std::floor(*number)))) {
             refuse(name, "is a whole number from " + std::to_string(static_cast<std::int64_t>(least)) +
-                             " to " + std::to_string(static_cast<std::int64_t>(most)));
+                             " to " + std::to_string(static_cast<std::int64_t>(most)),
+                   Reason::outOfRange);
         }
         return number ? std::optional(static_cast<std::int64_t>(*number)) : std::nullopt;
     }
@@ -115,7 +122,7 @@ public:
     [[nodiscard]] std::optional<std::string> path(std::string_view name) const {
         std::optional<std::string> value = text(name);
         if (value && !value->empty() && !value->starts_with('/') && !value->starts_with("~/")) {
-            refuse(name, "is a path from \"/\" or \"~/\" on");
+            refuse(name, "is a path from \"/\" or \"~/\" on", Reason::noPath);
         }
         return value;
     }
@@ -154,7 +161,7 @@ std::vector<TomlChange> hostChanges(Body const& body) {
     }
     if (std::optional<std::string> const proxy = body.text("proxy")) {
         if (proxy->find(' ') != std::string::npos) {
-            refuse("proxy", "is an address, as http://host:port");
+            refuse("proxy", "is an address, as http://host:port", Reason::noAddress);
         }
         addPath(changes, "network", "proxy", proxy);
     }
@@ -176,7 +183,8 @@ void requireFolder(std::string_view name, fs::path const& folder) {
     std::error_code error;
     fs::file_status const status = fs::status(folder, error);
     if (status.type() != fs::file_type::not_found && status.type() != fs::file_type::directory) {
-        refuse(name, "leads to " + folder.native() + ", which is no folder that can be reached");
+        refuse(name, "leads to " + folder.native() + ", which is no folder that can be reached",
+               Reason::noFolder);
     }
 }
 
@@ -191,13 +199,13 @@ void changeHostFile(engine::Engine const& engine, std::span<TomlChange const> ch
         text = engine::readWholeFile(file, largestFile_bytes);
     }
     if (!text) {
-        throw ApiError(ErrorCode::conflict, file.native() + " cannot be read");
+        throw ApiError(ErrorCode::conflict, file.native() + " cannot be read", Reason::settingsFile);
     }
     std::string changed;
     try {
         changed = changeToml(*text, file, changes);
     } catch (engine::TomlMistake const& mistake) {
-        throw ApiError(ErrorCode::conflict, mistake.what());
+        throw ApiError(ErrorCode::conflict, mistake.what(), Reason::settingsFile);
     }
     if (changed == *text) {
         return;
@@ -208,12 +216,13 @@ void changeHostFile(engine::Engine const& engine, std::span<TomlChange const> ch
         engine::parseHostSettings(changed, settingsFile(engine));
     if (!settings) {
         bool const wasGood = static_cast<bool>(engine::parseHostSettings(*text, settingsFile(engine)));
-        throw ApiError(wasGood ? ErrorCode::badRequest : ErrorCode::conflict, settings.error());
+        throw ApiError(wasGood ? ErrorCode::badRequest : ErrorCode::conflict, settings.error(),
+                       wasGood ? Reason::unusableValue : Reason::settingsFile);
     }
     requireFolder("mediaFolder", settings->mediaFolder);
     requireFolder("cacheFolder", settings->cacheFolder);
     if (!engine::writeWholeFile(file, changed, engine::Durability::synced)) {
-        throw ApiError(ErrorCode::conflict, file.native() + " cannot be written");
+        throw ApiError(ErrorCode::conflict, file.native() + " cannot be written", Reason::settingsFile);
     }
 }
 
@@ -236,8 +245,15 @@ std::vector<std::string> needingRestart(engine::HostSettings const& now,
 
 } // namespace
 
+std::string PanelSettings::language() const {
+    engine::Result<engine::HostSettings> const now = engine::loadHostSettings(engine_.home());
+    // One that was set before the program began gives way to its command line.
+    bool const isNew = now && now->language != engine_.settings().language;
+    return isNew && !now->language.empty() ? now->language : engine_.language();
+}
+
 std::string PanelSettings::theme() const {
-    return choice(themeKey, themes, "system");
+    return looksIn(memory_).theme;
 }
 
 std::string PanelSettings::json() const {
@@ -246,7 +262,7 @@ std::string PanelSettings::json() const {
     engine::HostSettings const& now = loaded ? *loaded : atStart; // a mistake is told when it is changed
     JSON::Builder json;
     json.startChild(nullptr);
-    addText(json, "language", now.language.empty() ? engine_.language() : now.language);
+    addText(json, "language", language());
     json.startArray("languages");
     for (std::string const& code : languages()) {
         json.startChild(nullptr);
@@ -255,7 +271,8 @@ std::string PanelSettings::json() const {
         json.endChild();
     }
     json.endArray();
-    addText(json, "theme", theme());
+    PageLooks const looks = looksIn(memory_);
+    addText(json, "theme", looks.theme);
     addText(json, "mediaFolder", now.mediaFolder.native());
     addText(json, "cacheFolder", now.cacheFolder.native());
     addNumber(json, "cacheLimitMiB", now.cacheLimit_MiB);
@@ -267,8 +284,8 @@ std::string PanelSettings::json() const {
         pairs.push_back(L"[" + quoted(wide(asked)) + L"," + quoted(wide(reached)) + L"]");
     }
     addItems(json, "connect", pairs);
-    addNumber(json, "thumbnailSize", prefs().getPreference(thumbnailKey, usualThumbnail_px));
-    addText(json, "view", choice(viewKey, views, "grid"));
+    addNumber(json, "thumbnailSize", looks.thumbnail_px);
+    addText(json, "view", looks.view);
     addTexts(json, "needsRestart", needingRestart(now, atStart));
     addText(json, "path", settingsFile(engine_).native());
     json.endChild();
@@ -286,14 +303,12 @@ void PanelSettings::change(Request const& request) {
         if (!changes.empty()) {
             changeHostFile(engine_, changes);
         }
-        if (newTheme) {
-            prefs().setPreference(themeKey, wide(*newTheme));
-        }
-        if (newView) {
-            prefs().setPreference(viewKey, wide(*newView));
-        }
-        if (thumbnail) {
-            prefs().setPreference(thumbnailKey, static_cast<std::int32_t>(*thumbnail));
+        if (newTheme || newView || thumbnail) {
+            PageLooks looks = looksIn(memory_);
+            looks.theme = newTheme.value_or(looks.theme);
+            looks.view = newView.value_or(looks.view);
+            looks.thumbnail_px = static_cast<std::int32_t>(thumbnail.value_or(looks.thumbnail_px));
+            memory_.setLooks(looks);
         }
     }
     events_.send("settings", json());

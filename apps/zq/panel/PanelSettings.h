@@ -1,5 +1,5 @@
 // What a person sets in the panel: the host's settings, which stand in host.toml, and how the page looks,
-// which stands in the preferences.
+// which stands in the panel's memory.
 #pragma once
 
 #include <mutex>
@@ -7,6 +7,7 @@
 
 #include "apps/zq/panel/EventHub.h"
 #include "apps/zq/panel/Http.h"
+#include "apps/zq/panel/PanelMemory.h"
 #include "host/engine/Engine.h"
 
 namespace zq::panel {
@@ -14,9 +15,12 @@ namespace zq::panel {
 // The event "settings" comes from here. Thread: any.
 class PanelSettings {
 public:
-    // Both outlive it.
-    PanelSettings(engine::Engine& engine, EventHub& events) : engine_(engine), events_(events) {}
+    // All outlive it.
+    PanelSettings(engine::Engine& engine, EventHub& events, PanelMemory& memory)
+        : engine_(engine), events_(events), memory_(memory) {}
 
+    // The page's language: what was set last, from then on, and else the program's.
+    [[nodiscard]] std::string language() const;
     // "dark", "light" or "system".
     [[nodiscard]] std::string theme() const;
     // The settings as JSON: those of host.toml as it is now, also where they hold after a restart only.
@@ -30,6 +34,7 @@ public:
 private:
     engine::Engine& engine_;
     EventHub& events_;
+    PanelMemory& memory_;
     std::mutex changing_;
 };
 

@@ -21,7 +21,7 @@ public:
     explicit Place(Counter counter) : counter_(std::move(counter)) {
         if (counter_->fetch_add(1) >= Previews::mostOpen) {
             counter_->fetch_sub(1);
-            throw ApiError(ErrorCode::conflict, "too many previews are open");
+            throw ApiError(ErrorCode::conflict, "too many previews are open", Reason::tooManyPreviews);
         }
     }
     ~Place() { counter_->fetch_sub(1); }
@@ -70,17 +70,18 @@ Previews::Preview Previews::open(WideString const& path) {
     auto place = std::make_unique<Place>(open_);
     Zq::Ptr<iFile> file = path.isEmpty() ? Zq::Ptr<iFile>() : OS().fileManager().openForRead(path);
     if (!file) {
-        throw ApiError(ErrorCode::notFound, "the clip has no preview");
+        throw ApiError(ErrorCode::notFound, "the clip has no preview", Reason::noPreview);
     }
     std::array<char, 16> head{};
     std::uint64_t const size = file->getSize();
     std::int64_t const count = file->read(head.data(), static_cast<std::uint32_t>(head.size()));
     if (count < 0) {
         throw ApiError(ErrorCode::failed,
-                       "the preview cannot be read: its server cannot be reached or refuses");
+                       "the preview cannot be read: its server cannot be reached or refuses",
+                       Reason::serviceFailed);
     }
     if (size == 0) {
-        throw ApiError(ErrorCode::notFound, "the server has no such preview");
+        throw ApiError(ErrorCode::notFound, "the server has no such preview", Reason::noPreview);
     }
     Preview preview;
     preview.type = typeOf({head.data(), static_cast<std::size_t>(count)});

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
+#include <span>
 
 #include "apps/zq/EditLookup.h"
 #include "apps/zq/JsonOutput.h"
@@ -11,6 +12,7 @@
 #include "apps/zq/panel/ClipJson.h"
 #include "apps/zq/panel/Panel.h"
 #include "apps/zq/panel/ProjectJson.h"
+#include "apps/zq/panel/ProjectWatch.h"
 #include "apps/zq/panel/RequestValues.h"
 #include "apps/zq/panel/SequenceJson.h"
 #include "apps/zq/panel/UsageJson.h"
@@ -25,25 +27,10 @@ namespace {
 
 constexpr std::size_t longestText_bytes = 1'000;
 
-// Tells the pages of every change of the project for as long as it lives.
-class ProjectWatch {
-public:
-    explicit ProjectWatch(Panel const& panel) : project_(panel.engine.project()) {
-        project_.onChange(
-            [&project = project_, &events = panel.events] { events.send("project", projectJson(project)); });
-    }
-    ~ProjectWatch() { project_.onChange({}); }
-    ProjectWatch(ProjectWatch const&) = delete;
-    ProjectWatch& operator=(ProjectWatch const&) = delete;
-
-private:
-    engine::Project& project_;
-};
-
 template <class Value>
-Value orConflict(engine::Result<Value> result) {
+Value orConflict(engine::Result<Value> result, Reason reason) {
     if (!result) {
-        throw ApiError(ErrorCode::conflict, result.error());
+        throw ApiError(ErrorCode::conflict, result.error(), reason);
     }
     return *std::move(result);
 }
@@ -52,7 +39,8 @@ engine::Project& writableProject(Panel const& panel) {
     engine::Project& project = panel.engine.project();
     if (!project.canWrite()) {
         throw ApiError(ErrorCode::conflict,
-                       "another program works on this project: until that ends it can only be looked at");
+                       "another program works on this project: until that ends it can only be looked at",
+                       Reason::readOnly);
     }
     return project;
 }
@@ -88,16 +76,30 @@ std::optional<std::int64_t> bodyIndex(Request const& request, std::string_view n
     return number ? std::optional(static_cast<std::int64_t>(*number)) : std::nullopt;
 }
 
-// Number of the piece in the path, which is one of the sequence in the path.
-std::int64_t pieceOf(Panel const& panel, Request const& request) {
+// The sequence in the path; an empty one where there is none of that name.
+engine::Sequence sequenceOf(Panel const& panel, Request const& request) {
+    return panel.engine.project().sequence(request.captures.at(0)).value_or(engine::Sequence());
+}
+
+// Number of the piece in the path, which is one of that sequence.
+std::int64_t pieceOf(engine::Sequence const& sequence, Request const& request) {
     auto const number = static_cast<std::int64_t>(pathNumber(request, 1));
-    engine::Sequence const sequence =
-        panel.engine.project().sequence(request.captures.at(0)).value_or(engine::Sequence());
     if (std::ranges::find(sequence.placements, number, &engine::Placement::number) ==
         sequence.placements.end()) {
-        throw ApiError(ErrorCode::notFound, "the sequence has no piece " + request.captures.at(1));
+        throw ApiError(ErrorCode::notFound, "the sequence has no piece " + request.captures.at(1),
+                       Reason::noPiece);
     }
     return number;
+}
+
+// The project's own text counts positions from 1, as the commands do.
+void requireIndex(std::optional<std::int64_t> at, std::size_t last) {
+    if (at && static_cast<std::size_t>(*at) > last) {
+        throw ApiError(
+            ErrorCode::conflict,
+            "\"at\" " + (last == 0 ? std::string("can only be 0") : "goes from 0 to " + std::to_string(last)),
+            Reason::notPlaceable);
+    }
 }
 
 EditModifier openShown(RepositoryDesk const& desk, Session& session, std::string const& id) {
@@ -111,14 +113,18 @@ EditModifier openShown(RepositoryDesk const& desk, Session& session, std::string
     }
     RemoteAsset const found = session.findAsset(id);
     if (assetCell(found, LogAttribute(LogAttribute::eName)).empty()) {
-        throw ApiError(ErrorCode::notFound, "the repository does not show a clip \"" + id + "\"");
+        throw ApiError(ErrorCode::notFound, "the repository does not show a clip \"" + id + "\"",
+                       Reason::unknownClip);
     }
     return openAsset(session, found);
 }
 
-Response takeStep(Panel const& panel, engine::Result<std::string> (engine::Project::*step)()) {
+// `steps`: what there is in the history for it, in words.
+Response takeStep(Panel const& panel, engine::Result<std::string> (engine::Project::*step)(),
+                  std::string engine::Project::History::*steps, Reason nothing) {
     engine::Project& project = writableProject(panel);
-    std::string const text = orConflict((project.*step)());
+    bool const isAtEnd = (project.history().*steps).empty();
+    std::string const text = orConflict((project.*step)(), isAtEnd ? nothing : Reason::none);
     JSON::Builder json;
     json.startChild(nullptr);
     addText(json, "text", text);
@@ -138,9 +144,11 @@ Response place(Panel const& panel, Request const& request) {
     std::optional<double> const out = bodyTime(request, "out");
     std::optional<std::int64_t> const at = bodyIndex(request, "at");
     engine::Project& project = writableProject(panel);
-    desk.ask([&](Session& session) {
+    requireIndex(at, sequenceOf(panel, request).placements.size());
+    desk.ask(Turn::beforeSearches, [&](Session& session) {
         EditModifier const edit = openShown(desk, session, clip);
-        static_cast<void>(orConflict(project.place(request.captures.at(0), edit->getCookie(), in, out, at)));
+        static_cast<void>(orConflict(project.place(request.captures.at(0), edit->getCookie(), in, out, at),
+                                     Reason::notPlaceable));
     });
     return showSequence(panel, request);
 }
@@ -153,15 +161,18 @@ Response changePiece(Panel const& panel, Request const& request) {
         throw ApiError(ErrorCode::badRequest,
                        "a piece is trimmed with \"in\" and \"out\", or moved to \"at\"");
     }
-    std::int64_t const piece = pieceOf(panel, request);
+    engine::Sequence const sequence = sequenceOf(panel, request);
+    std::int64_t const piece = pieceOf(sequence, request);
     engine::Project& project = writableProject(panel);
-    static_cast<void>(orConflict(at ? project.move(piece, *at) : project.trim(piece, in, out)));
+    requireIndex(at, sequence.placements.size() - 1);
+    static_cast<void>(
+        orConflict(at ? project.move(piece, *at) : project.trim(piece, in, out), Reason::notPlaceable));
     return showSequence(panel, request);
 }
 
 Response removePiece(Panel const& panel, Request const& request) {
-    std::int64_t const piece = pieceOf(panel, request);
-    static_cast<void>(orConflict(writableProject(panel).remove(piece)));
+    std::int64_t const piece = pieceOf(sequenceOf(panel, request), request);
+    static_cast<void>(orConflict(writableProject(panel).remove(piece), Reason::none));
     return showSequence(panel, request);
 }
 
@@ -176,7 +187,7 @@ Response showUsage(Panel const& panel, Request const& request) {
         response.type = "text/csv; charset=utf-8";
     }
     if (!format.empty()) {
-        response.saveAs = plainFileName(usage.sequence.name + " usage", format);
+        response.saveAs = plainFileName(usage.sequence + " usage", format);
     }
     return response;
 }
@@ -193,6 +204,30 @@ constexpr FormatRow formats[] = {
     {engine::ExportFormat::otio, "otio", "application/json"},
 };
 
+char const* wordFor(engine::ExportWarning::Kind kind) {
+    switch (kind) {
+    case engine::ExportWarning::Kind::otherRate:
+        return "other_rate";
+    case engine::ExportWarning::Kind::tooManyEvents:
+        return "too_many_events";
+    case engine::ExportWarning::Kind::preview:
+        break;
+    }
+    return "preview";
+}
+
+void addWarnings(JSON::Builder& json, char const* key, std::span<engine::ExportWarning const> warnings) {
+    json.startArray(key);
+    for (engine::ExportWarning const& warning : warnings) {
+        json.startChild(nullptr);
+        addText(json, "kind", wordFor(warning.kind));
+        addText(json, "clip", warning.clip);
+        addText(json, "text", warning.text);
+        json.endChild();
+    }
+    json.endArray();
+}
+
 Response exportSequence(Panel const& panel, Request const& request) {
     auto const format = engine::exportFormatFromName(queryText(request, "format", longestText_bytes));
     if (!format) {
@@ -201,13 +236,14 @@ Response exportSequence(Panel const& panel, Request const& request) {
     std::string const& name = request.captures.at(0);
     auto const gathered = engine::gatherSequence(panel.engine.project(), name);
     if (!gathered) {
-        throw ApiError(ErrorCode::notFound, "there is no sequence \"" + name + "\"");
+        throw ApiError(ErrorCode::notFound, "there is no sequence \"" + name + "\"", Reason::noSequence);
     }
-    engine::Exported const exported = orConflict(engine::exportSequence(*gathered, *format));
+    engine::Exported const exported =
+        orConflict(engine::exportSequence(*gathered, *format), Reason::noSequence);
     if (queryNumber(request, "check", 0, 0, 1) == 1) {
         JSON::Builder json;
         json.startChild(nullptr);
-        addTexts(json, "warnings", exported.warnings);
+        addWarnings(json, "warnings", exported.warnings);
         json.endChild();
         return jsonAnswer(utf8(json.getOutput()));
     }
@@ -223,14 +259,18 @@ Response exportSequence(Panel const& panel, Request const& request) {
 
 void addProjectRoutes(Routes& routes, Panel const& panel) {
     // Ends with the routes.
-    auto const watch = std::make_shared<ProjectWatch>(panel);
+    auto const watch = std::make_shared<ProjectWatch>(panel.engine.project(), panel.events);
     routes.push_back({"GET", "/api/project", [&panel, watch](Request const&) {
                           return jsonAnswer(projectJson(panel.engine.project()));
                       }});
-    routes.push_back({"POST", "/api/project/undo",
-                      [&panel](Request const&) { return takeStep(panel, &engine::Project::undo); }});
-    routes.push_back({"POST", "/api/project/redo",
-                      [&panel](Request const&) { return takeStep(panel, &engine::Project::redo); }});
+    routes.push_back({"POST", "/api/project/undo", [&panel](Request const&) {
+                          return takeStep(panel, &engine::Project::undo, &engine::Project::History::undo,
+                                          Reason::nothingToUndo);
+                      }});
+    routes.push_back({"POST", "/api/project/redo", [&panel](Request const&) {
+                          return takeStep(panel, &engine::Project::redo, &engine::Project::History::redo,
+                                          Reason::nothingToRedo);
+                      }});
     routes.push_back({"GET", "/api/sequences/{sequence}",
                       [&panel](Request const& request) { return showSequence(panel, request); }});
     routes.push_back({"POST", "/api/sequences/{sequence}/pieces",

@@ -2,10 +2,8 @@
 
 #include <algorithm>
 #include <condition_variable>
-#include <deque>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <stop_token>
 
 #include "apps/zq/JsonOutput.h"
@@ -20,150 +18,15 @@ namespace {
 
 using std::chrono::seconds;
 
-// When the list of what is owned is asked for, from the purchase on.
-constexpr seconds firstLooks[] = {seconds(2), seconds(4), seconds(8), seconds(16)};
-constexpr seconds laterLooks{30};
-constexpr seconds watched = std::chrono::minutes(30);
-
-enum class State { running, done, waiting, doubtful, refused };
-
-char const* wordFor(State state) {
-    switch (state) {
-    case State::running:
-        return "running";
-    case State::done:
-        return "done";
-    case State::waiting:
-        return "waiting";
-    case State::doubtful:
-        return "doubtful";
-    case State::refused:
-        break;
-    }
-    return "refused";
-}
+// How often it is looked for what another program of this home has written.
+constexpr std::chrono::milliseconds step{500};
 
 } // namespace
-
-class Purchases::Record {
-public:
-    Record(RepositoryDesk& itsDesk, Order itsOrder) : desk(&itsDesk), order(std::move(itsOrder)) {}
-
-    [[nodiscard]] bool isOpen() const { return state == State::waiting || state == State::doubtful; }
-    [[nodiscard]] bool isSettled() const { return state == State::done || state == State::refused; }
-    [[nodiscard]] bool blocks(std::set<std::string> const& clips) const {
-        return (state == State::running || state == State::doubtful) &&
-               std::ranges::any_of(order.clips, [&](std::string const& id) { return clips.contains(id); });
-    }
-    [[nodiscard]] bool isIn(std::set<std::string> const& owned) const {
-        return std::ranges::all_of(order.clips, [&](std::string const& id) { return owned.contains(id); });
-    }
-
-    // Begins the watch, or goes on to the next look; behind the last one there is none.
-    void schedule(Clock::time_point now) {
-        nextLook.reset();
-        Clock::time_point next = began;
-        if (looks < std::size(firstLooks)) {
-            next += firstLooks[looks];
-        } else {
-            next += firstLooks[std::size(firstLooks) - 1] +
-                    laterLooks * static_cast<int>(looks + 1 - std::size(firstLooks));
-        }
-        ++looks;
-        next = std::min(next, began + watched);
-        if (now < began + watched) {
-            nextLook = next;
-        }
-    }
-
-    void add(JSON::Builder& json, char const* name) const {
-        json.startChild(name);
-        addText(json, "key", order.key);
-        addTexts(json, "clips", order.clips);
-        addText(json, "payment", order.payment == Payment::credits ? "credits" : "page");
-        addText(json, "state", wordFor(state));
-        json.add("code", wide(code ? std::to_string(*code) : "null"), false);
-        addText(json, "text", text);
-        addText(json, "page", page);
-        json.endChild();
-    }
-
-    RepositoryDesk* desk;
-    Order order;
-    State state = State::running;
-    std::optional<std::int32_t> code;
-    std::string text;
-    std::string page;
-    std::string user; // whose list tells the end
-    Clock::time_point began;
-    std::size_t looks = 0;
-    std::optional<Clock::time_point> nextLook;
-    bool sent = false;
-    bool expired = false; // refused since the watch ended, not by the service
-};
-
-// Shared with work at the desks, which may end after the purchases.
-class Purchases::Records {
-public:
-    Records(EventHub& events, GivenLinks& givenLinks) : links(givenLinks), events_(events) {}
-
-    std::shared_ptr<Record> find(RepositoryDesk const& desk, std::string const& key) {
-        auto const found = std::ranges::find_if(all, [&](std::shared_ptr<Record> const& record) {
-            return record->desk == &desk && record->order.key == key;
-        });
-        return found != all.end() ? *found : nullptr;
-    }
-
-    void tell(Record const& record) {
-        JSON::Builder json;
-        json.startChild(nullptr);
-        addText(json, "repository", record.desk->shortName());
-        record.add(json, "purchase");
-        json.endChild();
-        events_.send("purchase", utf8(json.getOutput()));
-    }
-
-    // What the account owns, as its list says now.
-    void hear(RepositoryDesk const& desk, std::string const& user, std::set<std::string> const& owned,
-              Clock::time_point now) {
-        std::lock_guard const lock(mutex);
-        for (std::shared_ptr<Record> const& record : all) {
-            if (record->desk != &desk || record->user != user || !(record->isOpen() || record->expired)) {
-                continue;
-            }
-            if (record->isIn(owned)) {
-                settle(*record, State::done, "bought: the account owns the clips");
-            } else if (record->isOpen() && now >= record->began + watched) {
-                settle(*record, State::refused,
-                       record->state == State::waiting
-                           ? "not paid within half an hour; what is paid later shows among the owned clips"
-                           : "nothing was bought: the account does not own the clips");
-                record->expired = true;
-            }
-        }
-    }
-
-    std::mutex mutex; // guards the records and what is in them
-    std::condition_variable_any changed;
-    std::deque<std::shared_ptr<Record>> all; // the latest in front
-    GivenLinks& links;
-
-private:
-    void settle(Record& record, State state, std::string text) {
-        record.state = state;
-        record.text = std::move(text);
-        record.expired = false;
-        record.nextLook.reset();
-        tell(record);
-    }
-
-    EventHub& events_;
-};
 
 namespace {
 
 struct Outcome {
-    State state = State::doubtful;
+    OrderState state = OrderState::doubtful;
     zq::Purchase purchase;
 };
 
@@ -186,43 +49,78 @@ Outcome send(Session& session, Purchases::Order const& order) {
     zq::Purchase& purchase = outcome.purchase;
     bool const byPage = order.payment == Payment::cash;
     if (purchase.code == zq::Purchase::done) {
-        outcome.state = byPage ? State::waiting : State::done;
+        outcome.state = byPage ? OrderState::waiting : OrderState::done;
         purchase.words = byPage ? textOfPage(purchase) : purchase.words;
     } else if (purchase.code == zq::Purchase::refused || byPage || watch.fate() != ServiceWatch::Fate::lost) {
         // Without its page nobody can have paid.
-        outcome.state = State::refused;
+        outcome.state = OrderState::refused;
     } else {
-        outcome.state = State::doubtful;
+        outcome.state = OrderState::doubtful;
         purchase.words = "the answer was lost: " + watch.failure().value_or("nobody knows why") +
                          "; the list of owned clips will tell whether they were bought";
     }
     return outcome;
 }
 
+[[noreturn]] void refuseFor(KeptOrder const& other) {
+    switch (other.state) {
+    case OrderState::running:
+        throw ApiError(ErrorCode::conflict, "a purchase with one of these clips is on its way",
+                       Reason::beingBought);
+    case OrderState::done:
+        throw ApiError(ErrorCode::conflict, "one of these clips was bought already", Reason::alreadyBought);
+    default:
+        throw ApiError(ErrorCode::conflict,
+                       "a purchase with one of these clips is in doubt: its end comes first",
+                       Reason::inDoubt);
+    }
+}
+
+void refuseOwned(RepositoryDesk const& desk, Session& session, std::vector<std::string> const& clips) {
+    for (std::string const& id : clips) {
+        RemoteAsset asset;
+        asset.id = wide(id);
+        if (desk.owns(session, asset)) {
+            throw ApiError(ErrorCode::conflict, "one of these clips was bought already",
+                           Reason::alreadyBought);
+        }
+    }
+}
+
+[[noreturn]] void refuseUnwritten(OrderBookError const& error) {
+    throw ApiError(ErrorCode::conflict,
+                   std::string("nothing was sent: the order cannot be written down: ") + error.what(),
+                   Reason::orderUnwritten);
+}
+
+// With the records' mutex held.
+OrderBook::Begun beginInBook(PurchaseRecords& records, RepositoryDesk const& desk, KeptOrder const& wanted) {
+    try {
+        return records.book.begin(wanted, records.listed(desk, wanted.user));
+    } catch (OrderBookError const& error) {
+        refuseUnwritten(error);
+    }
+}
+
 } // namespace
 
-Purchases::Purchases(EventHub& events, GivenLinks& links, Now now, Watching watching)
-    : records_(std::make_shared<Records>(events, links)), now_(std::move(now)) {
+Purchases::Purchases(OrderBook& book, std::vector<std::unique_ptr<RepositoryDesk>> const& desks,
+                     EventHub& events, GivenLinks& links, Baskets& baskets, Clocks clocks, Watching watching)
+    : records_(std::make_shared<PurchaseRecords>(book, desks, events, links, baskets, std::move(clocks))) {
+    records_->takeNews();
     if (watching == Watching::byOthers) {
         return;
     }
     thread_ = std::jthread([this](std::stop_token const& stop) {
-        while (!stop.stop_requested()) {
-            lookAtDue();
-            std::unique_lock lock(records_->mutex);
-            std::optional<Clock::time_point> next;
-            for (std::shared_ptr<Record> const& record : records_->all) {
-                if (record->nextLook && (!next || *record->nextLook < *next)) {
-                    next = record->nextLook;
-                }
+        std::mutex waiting;
+        std::condition_variable_any never;
+        std::unique_lock lock(waiting);
+        while (!never.wait_for(lock, stop, step, [&] { return stop.stop_requested(); })) {
+            try {
+                lookAtDue();
+            } catch (std::exception const& failure) {
+                Log("The purchases were not looked after: %s", failure.what());
             }
-            // A purchase that becomes open wakes it.
-            Clock::time_point const until = next.value_or(Clock::now() + watched);
-            static_cast<void>(records_->changed.wait_until(lock, stop, until, [&] {
-                return std::ranges::any_of(records_->all, [&](std::shared_ptr<Record> const& record) {
-                    return record->nextLook && (!next || *record->nextLook < *next);
-                });
-            }));
         }
     });
 }
@@ -230,77 +128,130 @@ Purchases::Purchases(EventHub& events, GivenLinks& links, Now now, Watching watc
 Purchases::~Purchases() = default;
 
 std::string Purchases::buy(RepositoryDesk& desk, Order const& order) {
-    auto const json = [](Record const& record) {
-        JSON::Builder builder;
-        record.add(builder, nullptr);
-        return utf8(builder.getOutput());
-    };
-    std::shared_ptr<Record> const record = std::make_shared<Record>(desk, order);
+    KeptOrder wanted;
+    wanted.repository = desk.shortName();
+    wanted.key = order.key;
+    wanted.clips = order.clips;
+    wanted.payment = order.payment;
+    auto record = std::make_shared<PurchaseRecord>();
+    record->desk = &desk;
+    record->kept = wanted;
     {
         std::lock_guard const lock(records_->mutex);
-        if (std::shared_ptr<Record> const earlier = records_->find(desk, order.key)) {
-            return json(*earlier);
+        if (std::shared_ptr<PurchaseRecord> const earlier = records_->find(desk, order.key)) {
+            earlier->shown = true;
+            return earlier->json();
         }
+        // A second click need not wait for the end of the first. The others are looked at where it is known
+        // who is signed in.
         std::set<std::string> const clips(order.clips.begin(), order.clips.end());
-        for (std::shared_ptr<Record> const& other : records_->all) {
-            if (other->desk == &desk && other->blocks(clips)) {
-                throw ApiError(ErrorCode::conflict,
-                               other->state == State::running
-                                   ? "a purchase with one of these clips is on its way"
-                                   : "a purchase with one of these clips is in doubt: its end comes first");
+        for (std::shared_ptr<PurchaseRecord> const& other : records_->all) {
+            if (other->desk == &desk && other->kept.state == OrderState::running && other->hasOneOf(clips)) {
+                refuseFor(other->kept);
             }
         }
-        records_->all.push_front(record);
-        while (records_->all.size() > most && records_->all.back()->isSettled()) {
-            records_->all.pop_back();
-        }
+        records_->add(record);
     }
+    // True where it was written down as running: then it is sent.
+    auto const begin = [&](Session& session) {
+        static_cast<void>(session.connected());
+        if (!session.needsSignIn()) {
+            throw ApiError(ErrorCode::conflict, "this repository sells nothing", Reason::sellsNothing);
+        }
+        if (session.user().empty()) {
+            throw ApiError(ErrorCode::conflict, "nobody is signed in", Reason::notSignedIn);
+        }
+        refuseOwned(desk, session, order.clips);
+        wanted.user = session.user();
+        wanted.sent = std::chrono::floor<seconds>(records_->clocks.date());
+        std::unique_lock lock(records_->mutex);
+        OrderBook::Begun begun = beginInBook(*records_, desk, wanted);
+        if (begun.kind == OrderBook::Begun::Kind::blocked && begun.order.isListed()) {
+            // Another program has bought it, and the list that this one knows is older: a new one tells.
+            lock.unlock();
+            static_cast<void>(records_->readOwned(desk, session));
+            refuseOwned(desk, session, order.clips);
+            lock.lock();
+            begun = beginInBook(*records_, desk, wanted);
+        }
+        if (begun.kind == OrderBook::Begun::Kind::blocked) {
+            refuseFor(begun.order);
+        }
+        if (begun.kind == OrderBook::Begun::Kind::known) {
+            std::erase(records_->all, record);
+            if (begun.order.clips.empty()) { // withdrawn
+                record = std::make_shared<PurchaseRecord>();
+                record->desk = &desk;
+                record->kept = std::move(begun.order);
+            } else {
+                record = records_->take(desk, std::move(begun.order));
+            }
+            return false;
+        }
+        record->kept = std::move(begun.order);
+        record->sent = true;
+        records_->tell(*record);
+        return true;
+    };
     try {
         desk.ask([&](Session& session) {
-            static_cast<void>(session.connected());
-            if (!session.needsSignIn()) {
-                throw ApiError(ErrorCode::conflict, "this repository sells nothing");
-            }
-            if (session.user().empty()) {
-                throw ApiError(ErrorCode::conflict, "nobody is signed in");
-            }
-            {
-                std::lock_guard const lock(records_->mutex);
-                record->user = session.user();
-                record->sent = true;
-                records_->tell(*record);
+            if (!begin(session)) {
+                return;
             }
             Outcome outcome = send(session, order);
-            records_->links.remember(outcome.purchase.page);
-            {
-                std::lock_guard const lock(records_->mutex);
-                record->state = outcome.state;
-                record->code = outcome.purchase.code;
-                record->text = std::move(outcome.purchase.words);
-                record->page = outcome.state == State::waiting ? outcome.purchase.page : std::string();
-                record->began = now_();
-                if (record->isOpen()) {
-                    record->schedule(record->began);
-                }
-                records_->tell(*record);
-            }
-            records_->changed.notify_all();
-            if (outcome.state == State::done) {
+            zq::Purchase& purchase = outcome.purchase;
+            records_->links.remember(purchase.page);
+            records_->end(*record, outcome.state, purchase.code, std::move(purchase.words),
+                          outcome.state == OrderState::waiting ? std::move(purchase.page) : std::string());
+            if (outcome.state == OrderState::done) {
+                records_->baskets.remove(desk, order.clips);
+                desk.countAsOwned(order.clips);
                 // The clips of a search are marked by this list; nobody has to wait for it.
-                desk.post([&desk](Session& later) { static_cast<void>(desk.readOwned(later)); });
+                lookLater(desk);
             }
         });
-    } catch (...) {
-        std::lock_guard const lock(records_->mutex);
+    } catch (std::exception const& failure) {
+        std::unique_lock lock(records_->mutex);
         if (!record->sent) {
             std::erase(records_->all, record);
-        } else if (record->state == State::running) {
-            record->state = State::doubtful; // for good: what is in doubt is never bought twice
+            if (record->shown) {
+                record->kept.state = OrderState::refused;
+                record->kept.text = failure.what();
+                record->kept.isAwaited = false;
+                records_->tell(*record);
+            }
+            throw;
         }
-        throw;
+        Log("A purchase was not followed to its end: %s", failure.what());
+        bool const isOpenStill = record->kept.state == OrderState::running;
+        lock.unlock();
+        if (isOpenStill) {
+            records_->end(
+                *record, OrderState::doubtful, std::nullopt,
+                "the answer was lost: the program failed; the list of owned clips will tell whether "
+                "they were bought",
+                std::string());
+        }
     }
     std::lock_guard const lock(records_->mutex);
-    return json(*record);
+    return record->json();
+}
+
+std::string Purchases::withdraw(RepositoryDesk& desk, std::string const& key) {
+    std::lock_guard const lock(records_->mutex);
+    if (std::shared_ptr<PurchaseRecord> const record = records_->find(desk, key)) {
+        record->shown = true;
+        return record->json();
+    }
+    try {
+        KeptOrder order = records_->book.withdraw(
+            desk.shortName(), key, "nothing was bought: the order had not reached the program");
+        PurchaseRecord record;
+        record.kept = std::move(order);
+        return record.json();
+    } catch (OrderBookError const& error) {
+        refuseUnwritten(error);
+    }
 }
 
 std::string Purchases::list(RepositoryDesk const& desk) const {
@@ -308,7 +259,7 @@ std::string Purchases::list(RepositoryDesk const& desk) const {
     json.startChild(nullptr);
     json.startArray("purchases");
     std::lock_guard const lock(records_->mutex);
-    for (std::shared_ptr<Record> const& record : records_->all) {
+    for (std::shared_ptr<PurchaseRecord> const& record : records_->all) {
         if (record->desk == &desk) {
             record->add(json, nullptr);
         }
@@ -318,36 +269,37 @@ std::string Purchases::list(RepositoryDesk const& desk) const {
     return utf8(json.getOutput());
 }
 
-LightweightVector<RemoteAsset> Purchases::readOwned(RepositoryDesk& desk, Session& session) {
-    LightweightVector<RemoteAsset> all = desk.readOwned(session);
-    std::set<std::string> owned;
-    for (RemoteAsset const& asset : all) {
-        owned.insert(utf8(asset.id));
+std::set<std::string> Purchases::undecided(RepositoryDesk const& desk, std::string const& user) const {
+    std::set<std::string> clips;
+    std::lock_guard const lock(records_->mutex);
+    for (std::shared_ptr<PurchaseRecord> const& record : records_->all) {
+        if (record->desk == &desk && record->kept.user == user &&
+            (record->kept.state == OrderState::running || record->kept.state == OrderState::doubtful)) {
+            clips.insert(record->kept.clips.begin(), record->kept.clips.end());
+        }
     }
-    records_->hear(desk, session.user(), owned, now_());
-    return all;
+    return clips;
+}
+
+LightweightVector<RemoteAsset> Purchases::readOwned(RepositoryDesk& desk, Session& session) {
+    return records_->readOwned(desk, session);
+}
+
+void Purchases::lookLater(RepositoryDesk& desk) {
+    desk.post([records = records_, &desk](Session& session) {
+        static_cast<void>(records->readOwned(desk, session));
+    });
 }
 
 void Purchases::lookAtDue() {
-    std::set<RepositoryDesk*> due;
-    Clock::time_point const now = now_();
+    records_->takeNews();
+    std::vector<RepositoryDesk*> due;
     {
         std::lock_guard const lock(records_->mutex);
-        for (std::shared_ptr<Record> const& record : records_->all) {
-            if (record->isOpen() && record->nextLook && *record->nextLook <= now) {
-                due.insert(record->desk);
-                record->schedule(now);
-            }
-        }
+        due = records_->due();
     }
     for (RepositoryDesk* const desk : due) {
-        desk->post([records = records_, desk, now](Session& session) {
-            std::set<std::string> owned;
-            for (RemoteAsset const& asset : desk->readOwned(session)) {
-                owned.insert(utf8(asset.id));
-            }
-            records->hear(*desk, session.user(), owned, now);
-        });
+        desk->post([records = records_, desk](Session& session) { records->lookIfAwaited(*desk, session); });
     }
 }
 

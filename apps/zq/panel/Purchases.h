@@ -1,17 +1,20 @@
-// The purchases of a run: each is sent once, and one whose end is open is watched until the list of what is
-// owned tells it.
+// The purchases of the panel: each is sent once, and one whose end is open is watched until the list of what
+// is owned tells it, in whichever run of whichever program of this home it was sent.
 #pragma once
 
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "apps/zq/buyClips.h"
+#include "apps/zq/OrderBook.h"
+#include "apps/zq/panel/Baskets.h"
 #include "apps/zq/panel/EventHub.h"
 #include "apps/zq/panel/GivenLinks.h"
+#include "apps/zq/panel/PurchaseRecords.h"
 #include "apps/zq/panel/RepositoryDesk.h"
 
 namespace zq::panel {
@@ -21,13 +24,14 @@ namespace zq::panel {
 class Purchases {
 public:
     using Clock = std::chrono::steady_clock;
-    using Now = std::function<Clock::time_point()>;
+    using Clocks = PurchaseClocks;
     // Who calls lookAtDue().
     enum class Watching { byItself, byOthers };
-    static constexpr std::size_t most = 1'000; // of the settled ones, the oldest go
 
-    // The events and the links outlive it and the desks.
-    Purchases(EventHub& events, GivenLinks& links, Now now = Clock::now,
+    // The book, the events, the links and the baskets outlive it and the desks. What is bought leaves its
+    // basket.
+    Purchases(OrderBook& book, std::vector<std::unique_ptr<RepositoryDesk>> const& desks, EventHub& events,
+              GivenLinks& links, Baskets& baskets, Clocks clocks = {},
               Watching watching = Watching::byItself);
     ~Purchases();
     Purchases(Purchases const&) = delete;
@@ -39,24 +43,29 @@ public:
         Payment payment = Payment::credits;
     };
     // Buys, and gives the purchase as JSON with what came of it. With a key that was used before, the
-    // purchase of that key as it is now, and nothing is sent. Throws ApiError(conflict) where nobody is
-    // signed in or a clip is in a purchase that runs or is doubtful, CommandError where no connection can be
-    // made.
+    // purchase of that key as it is now, and nothing is sent. Throws only where nothing was sent:
+    // ApiError(conflict) where nobody is signed in, the order cannot be written down, or a clip is in a
+    // purchase of this account that runs or is in doubt, or is bought; CommandError where no connection can
+    // be made, or another program has bought a clip and the list that would tell cannot be read.
     [[nodiscard]] std::string buy(RepositoryDesk& desk, Order const& order);
-    // Those of the repository as JSON, the latest first.
+    // For a request whose answer was lost: an order of that key is not sent any more where it was not yet.
+    // Gives the purchase as JSON. Throws ApiError(conflict) where that cannot be written down.
+    [[nodiscard]] std::string withdraw(RepositoryDesk& desk, std::string const& key);
+    // Those of the repository as JSON, the latest first: of this run, and of others what was open in it.
     [[nodiscard]] std::string list(RepositoryDesk const& desk) const;
+    // The clips of that account's purchases that run or are in doubt.
+    [[nodiscard]] std::set<std::string> undecided(RepositoryDesk const& desk, std::string const& user) const;
 
     // RepositoryDesk::readOwned, and tells the purchases. Thread: the desk's.
     [[nodiscard]] LightweightVector<RemoteAsset> readOwned(RepositoryDesk& desk, Session& session);
-    // Has the desks ask for what is owned where a purchase is due for that; waits for nothing.
+    // Has the desk read the list for the account that is signed in now, later.
+    void lookLater(RepositoryDesk& desk);
+    // Takes over what other programs have written, and has the desks ask for what is owned where a purchase
+    // is due for that; waits for no desk.
     void lookAtDue();
 
 private:
-    class Record;
-    class Records;
-
-    std::shared_ptr<Records> const records_; // shared with work that waits at a desk
-    Now const now_;
+    std::shared_ptr<PurchaseRecords> const records_; // shared with work that waits at a desk
     std::jthread thread_;
 };
 

@@ -1,6 +1,7 @@
 #include "apps/zq/panel/RepositoryDesk.h"
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -9,8 +10,8 @@
 #include <thread>
 #include <utility>
 
+#include "apps/zq/JsonOutput.h"
 #include "apps/zq/Reply.h"
-#include "apps/zq/Text.h"
 #include "apps/zq/panel/ApiError.h"
 #include "apps/zq/panel/KnownClips.h"
 #include "apps/zq/panel/RepositoryJson.h"
@@ -24,23 +25,32 @@ namespace zq::panel {
 
 namespace {
 
-std::string optionsEvent(std::string const& shortName) {
+std::string optionsEvent(std::string const& shortName, bool results) {
     JSON::Builder json;
     json.startChild(nullptr);
     json.add("repository", wide(shortName), true);
+    json.add("results", results);
     json.endChild();
     return utf8(json.getOutput());
+}
+
+// An option's id is not unique, its legend is in the language of the user: the place makes it one.
+std::string optionName(std::size_t group, std::size_t index, GenericParam::iParam const& option) {
+    return std::to_string(group) + "/" + std::to_string(index) + "/" + std::string(option.getID().view());
 }
 
 // Hears that results are to be asked for again, on whichever thread the repository tells it.
 class OptionsListener final : public iMediaFileRepository::Listener {
 public:
     OptionsListener(EventHub& events, std::string const& shortName)
-        : events_(events), data_(optionsEvent(shortName)) {}
+        : events_(events), data_(optionsEvent(shortName, true)) {}
+
+    [[nodiscard]] std::uint64_t count() const noexcept { return count_; }
 
     int operator()(NotifyMsg message) override {
         try {
             if (message.getCode() == iMediaFileRepository::eSearchOptionsChanged) {
+                ++count_;
                 events_.send("options", data_);
             }
         } catch (std::exception const& failure) {
@@ -52,6 +62,7 @@ public:
 private:
     EventHub& events_;
     std::string const data_;
+    std::atomic<std::uint64_t> count_{0};
 };
 
 WideString thumbnailPathOf(Session& session, RemoteAsset const& asset) {
@@ -62,11 +73,21 @@ WideString thumbnailPathOf(Session& session, RemoteAsset const& asset) {
 
 class RepositoryDesk::Implementation {
 public:
-    Implementation(Session::Surroundings surroundings, EventHub& hub, GivenLinks& givenLinks)
-        : events(hub), links(givenLinks), session(std::move(surroundings)),
-          shortName(utf8(session.shortName())), description_(repositoryJson(session, links)),
-          listening_(session.repository().addListener(Zq::makeShared<OptionsListener>(events, shortName))),
-          thread_([this] { run(); }) {}
+    // What tells one search from another.
+    struct Search {
+        std::string asker;
+        WideString words;
+        std::uint16_t page = 0;
+    };
+
+    Implementation(Session::Surroundings surroundings, EventHub& hub, GivenLinks& givenLinks,
+                   PanelMemory& panelMemory)
+        : events(hub), links(givenLinks), memory(panelMemory), session(std::move(surroundings)),
+          shortName(utf8(session.shortName())),
+          optionsListener(Zq::makeShared<OptionsListener>(events, shortName)),
+          description_(repositoryJson(session, links)),
+          connection_(session.repository().getDescription().connection),
+          listening_(session.repository().addListener(optionsListener)), thread_([this] { run(); }) {}
 
     void end() {
         std::deque<Piece> dropped;
@@ -86,7 +107,7 @@ public:
         }
     }
 
-    void enqueue(std::function<void(Session&)> work, std::optional<SearchQuery> search = {}) {
+    void enqueue(Turn turn, std::function<void(Session&)> work, std::optional<Search> search = {}) {
         std::deque<Piece> dropped;
         {
             std::lock_guard const lock(mutex_);
@@ -94,11 +115,16 @@ public:
                 return;
             }
             if (search) {
-                dropped = dropSearches([&](SearchQuery const& older) {
-                    return older.words != search->words || older.page == search->page;
+                dropped = dropSearches([&](Search const& older) {
+                    return older.asker == search->asker &&
+                           (older.words != search->words || older.page == search->page);
                 });
             }
-            waiting_.push_back({std::move(work), std::make_shared<engine::TaskState>(), std::move(search)});
+            auto const place = turn == Turn::inOrder
+                                   ? waiting_.end()
+                                   : std::ranges::find(waiting_, Turn::inOrder, &Piece::turn);
+            waiting_.insert(
+                place, {turn, std::move(work), std::make_shared<engine::TaskState>(), std::move(search)});
         }
         wake_.notify_all();
     }
@@ -110,10 +136,10 @@ public:
         }
     }
 
-    void cancelSearches() {
+    void cancelSearches(std::string const& asker) {
         std::deque<Piece> dropped;
         std::lock_guard const lock(mutex_);
-        dropped = dropSearches([](SearchQuery const&) { return true; });
+        dropped = dropSearches([&](Search const& older) { return older.asker == asker; });
     }
 
     void tellChanges() {
@@ -123,35 +149,53 @@ public:
             user_ = user;
         }
         std::string now = repositoryJson(session, links);
+        HTTPConnectionInfo connection = session.repository().getDescription().connection;
         bool const changed = now != description_ || owned != toldOwned_;
         toldOwned_ = owned;
+        {
+            std::lock_guard const lock(mutex_);
+            connection_ = std::move(connection);
+            description_ = now;
+        }
         if (changed) {
-            {
-                std::lock_guard const lock(mutex_);
-                description_ = now;
-            }
-            events.send("repository", std::move(now));
+            events.send("repository", withWords(std::move(now)));
         }
     }
 
     [[nodiscard]] std::string description() {
+        std::unique_lock lock(mutex_);
+        std::string now = description_;
+        lock.unlock();
+        return withWords(std::move(now));
+    }
+
+    [[nodiscard]] HTTPConnectionInfo connection() {
         std::lock_guard const lock(mutex_);
-        return description_;
+        return connection_;
     }
 
     EventHub& events;
     GivenLinks& links;
+    PanelMemory& memory;
     Session session; // the thread's, once that runs
     std::string const shortName;
+    Zq::Ptr<OptionsListener> const optionsListener;
     KnownClips clips;
     std::set<WideString> owned; // the thread's
 
 private:
     struct Piece {
+        Turn turn = Turn::inOrder;
         std::function<void(Session&)> work;
         std::shared_ptr<engine::TaskState> state;
-        std::optional<SearchQuery> search;
+        std::optional<Search> search;
     };
+
+    // New words alone are no change that pages are told of: whoever has typed them knows them.
+    [[nodiscard]] std::string withWords(std::string repository) const {
+        repository.pop_back();
+        return repository + ",\"words\":" + utf8(quoted(wide(memory.words(shortName)))) + "}";
+    }
 
     void run() {
         Zq::ThreadAttachment const attachment;
@@ -203,6 +247,7 @@ private:
 
     std::mutex mutex_; // guards what follows up to the wake
     std::string description_;
+    HTTPConnectionInfo connection_;
     std::deque<Piece> waiting_;
     std::optional<Piece> running_; // its work has been taken out
     bool ended_ = false;
@@ -214,8 +259,9 @@ private:
     std::thread::id const threadId_{thread_.get_id()};
 };
 
-RepositoryDesk::RepositoryDesk(Session::Surroundings surroundings, EventHub& events, GivenLinks& links)
-    : implementation_(std::make_unique<Implementation>(std::move(surroundings), events, links)) {}
+RepositoryDesk::RepositoryDesk(Session::Surroundings surroundings, EventHub& events, GivenLinks& links,
+                               PanelMemory& memory)
+    : implementation_(std::make_unique<Implementation>(std::move(surroundings), events, links, memory)) {}
 
 RepositoryDesk::~RepositoryDesk() {
     end();
@@ -233,50 +279,58 @@ std::string RepositoryDesk::description() const {
     return implementation_->description();
 }
 
-void RepositoryDesk::enqueue(std::function<void(Session&)> work) {
-    implementation_->refuseOwnThread();
-    implementation_->enqueue(std::move(work));
+HTTPConnectionInfo RepositoryDesk::connection() const {
+    return implementation_->connection();
 }
 
-void RepositoryDesk::post(std::function<void(Session&)> work) {
-    implementation_->enqueue([this, own = std::move(work)](Session& session) {
+void RepositoryDesk::enqueue(Turn turn, std::function<void(Session&)> work) {
+    implementation_->refuseOwnThread();
+    implementation_->enqueue(turn, std::move(work));
+}
+
+void RepositoryDesk::post(std::function<void(Session&)> work, Turn turn) {
+    implementation_->enqueue(turn, [this, own = std::move(work)](Session& session) {
         Changes const changes(*this);
         own(session);
     });
 }
 
-void RepositoryDesk::cancelSearch() {
-    implementation_->cancelSearches();
+void RepositoryDesk::cancelSearch(std::string const& asker) {
+    implementation_->cancelSearches(asker);
 }
 
-SearchResults RepositoryDesk::search(SearchQuery const& query, WhenFound whenFound) {
+SearchResults RepositoryDesk::search(std::string const& asker, SearchQuery const& query,
+                                     WhenFound whenFound) {
     implementation_->refuseOwnThread();
-    auto task = std::make_shared<std::packaged_task<SearchResults(Session&)>>(
-        [this, query, whenFound](Session& session) {
-            Changes const changes(*this);
-            auto const stopIfUnwanted = [] {
-                if (engine::isTaskCancelled()) {
-                    throw ApiError(ErrorCode::conflict, "the search is not wanted any more");
-                }
-            };
-            SearchResults results;
-            try {
-                results = session.search(query);
-            } catch (CommandError const&) {
-                stopIfUnwanted();
-                throw;
+    implementation_->memory.setWords(shortName(), utf8(query.words));
+    auto task = std::make_shared<std::packaged_task<SearchResults(Session&)>>([this, query,
+                                                                               whenFound](Session& session) {
+        Changes const changes(*this);
+        auto const stopIfUnwanted = [] {
+            if (engine::isTaskCancelled()) {
+                throw ApiError(ErrorCode::conflict, "the search is not wanted any more", Reason::superseded);
             }
+        };
+        SearchResults results;
+        try {
+            results = session.search(query);
+        } catch (CommandError const&) {
             stopIfUnwanted();
-            for (RemoteAsset const& asset : results.assets) {
-                remember(session, asset);
-            }
-            if (whenFound) {
-                whenFound(session, results);
-            }
-            return results;
-        });
+            throw;
+        }
+        stopIfUnwanted();
+        for (RemoteAsset const& asset : results.assets) {
+            remember(session, asset);
+        }
+        if (whenFound) {
+            whenFound(session, results);
+        }
+        return results;
+    });
     std::future<SearchResults> result = task->get_future();
-    implementation_->enqueue([held = std::move(task)](Session& session) { (*held)(session); }, query);
+    implementation_->enqueue(
+        Turn::inOrder, [held = std::move(task)](Session& session) { (*held)(session); },
+        Implementation::Search{asker, query.words, query.page});
     return waitFor(std::move(result));
 }
 
@@ -284,7 +338,7 @@ std::optional<KnownClip> RepositoryDesk::knownClip(std::string const& id) const 
     return implementation_->clips.find(id);
 }
 
-void RepositoryDesk::remember(Session& session, RemoteAsset const& asset) {
+KnownClip RepositoryDesk::describe(Session& session, RemoteAsset const& asset) {
     KnownClip clip;
     clip.asset = asset;
     clip.thumbnailAddress = session.base().describeRemoteLocation(asset, MediaFileRepositoryBase::eThumbnail);
@@ -292,7 +346,36 @@ void RepositoryDesk::remember(Session& session, RemoteAsset const& asset) {
         clip.thumbnailPath = thumbnailPathOf(session, asset);
     }
     clip.previewPath = asset.proxyLocation;
-    implementation_->clips.remember(utf8(asset.id), std::move(clip));
+    return clip;
+}
+
+void RepositoryDesk::remember(Session& session, RemoteAsset const& asset) {
+    implementation_->clips.remember(utf8(asset.id), describe(session, asset));
+}
+
+SearchOptionResult RepositoryDesk::setOption(Session& session, std::size_t group, std::size_t index,
+                                             WideString const& value) {
+    LightweightVector<SearchOptionGroup> const groups = readOptions(session);
+    Zq::Ptr<GenericParam::iParam> const option = findSearchOption(groups, group, index);
+    WideString const before = option ? option->getValueAsString() : WideString();
+    std::uint64_t const newsBefore = implementation_->optionsListener->count();
+    SearchOptionResult const result = setSearchOption(groups, group, index, value);
+    if (result != SearchOptionResult::set) {
+        return result;
+    }
+    bool const isFilter = implementation_->optionsListener->count() != newsBefore;
+    if (option->getValueType() == "bool" && option->getValueAsString() != before) {
+        implementation_->memory.setIsFilter(shortName(), optionName(group, index, *option), isFilter);
+    }
+    if (!isFilter) {
+        implementation_->events.send("options", optionsEvent(shortName(), false));
+    }
+    return result;
+}
+
+bool RepositoryDesk::isFilter(std::size_t group, std::size_t index,
+                              GenericParam::iParam const& option) const {
+    return implementation_->memory.isFilter(shortName(), optionName(group, index, option)).value_or(false);
 }
 
 LightweightVector<RemoteAsset> RepositoryDesk::readOwned(Session& session) {
@@ -304,6 +387,12 @@ LightweightVector<RemoteAsset> RepositoryDesk::readOwned(Session& session) {
     }
     implementation_->owned = std::move(owned);
     return all;
+}
+
+void RepositoryDesk::countAsOwned(std::vector<std::string> const& ids) {
+    for (std::string const& id : ids) {
+        implementation_->owned.insert(wide(id));
+    }
 }
 
 bool RepositoryDesk::owns(Session& session, RemoteAsset const& asset) const {
@@ -320,7 +409,7 @@ void RepositoryDesk::tellChanges() noexcept {
 }
 
 void RepositoryDesk::throwDropped() {
-    throw ApiError(ErrorCode::conflict, "the work was cancelled");
+    throw ApiError(ErrorCode::conflict, "the work was cancelled", Reason::cancelled);
 }
 
 } // namespace zq::panel

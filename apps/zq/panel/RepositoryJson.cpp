@@ -97,7 +97,7 @@ void addChoice(JSON::Builder& json, ChoiceParam const& choice) {
     json.endArray();
 }
 
-void addOption(JSON::Builder& json, iParam const& param) {
+void addOption(JSON::Builder& json, iParam const& param, bool isFilter) {
     auto const* const choice = dynamic_cast<ChoiceParam const*>(&param);
     bool const isBoolean = dynamic_cast<BoolParam const*>(&param) != nullptr;
     json.startChild(nullptr);
@@ -105,11 +105,19 @@ void addOption(JSON::Builder& json, iParam const& param) {
     addText(json, "type", choice != nullptr ? "choice" : isBoolean ? "boolean" : "text");
     addText(json, "id", param.getID().view());
     json.add("tooltip", param.getTooltip(), true);
-    json.add("active", param.isActive() && (param.getPresentationHints() & GenericParam::hintHidden) == 0);
+    json.add("active", param.isActive());
+    json.add("hidden", (param.getPresentationHints() & GenericParam::hintHidden) != 0);
     if (choice != nullptr) {
         addChoice(json, *choice);
+        json.endChild();
+        return;
+    }
+    json.add("value", param.getValueAsString(), true);
+    if (!isBoolean) {
+        addText(json, "initial", "");
+    } else if (isFilter) {
+        addText(json, "initial", "false");
     } else {
-        json.add("value", param.getValueAsString(), true);
         addNull(json, "initial");
     }
     json.endChild();
@@ -161,14 +169,16 @@ LightweightVector<SearchOptionGroup> readOptions(Session& session) {
     return groups;
 }
 
-void addOptions(JSON::Builder& json, char const* key, LightweightVector<SearchOptionGroup> const& groups) {
+void addOptions(JSON::Builder& json, char const* key, LightweightVector<SearchOptionGroup> const& groups,
+                IsFilter const& isFilter) {
     json.startArray(key);
-    for (SearchOptionGroup const& group : groups) {
+    for (std::size_t group = 0; group < groups.size(); ++group) {
         json.startChild(nullptr);
-        json.add("legend", group.legend, true);
+        json.add("legend", groups[group].legend, true);
         json.startArray("options");
-        for (Zq::Ptr<iParam> const& param : group.params) {
-            addOption(json, *param);
+        LightweightVector<Zq::Ptr<iParam>> const& options = groups[group].params;
+        for (std::size_t index = 0; index < options.size(); ++index) {
+            addOption(json, *options[index], isFilter(group, index, *options[index]));
         }
         json.endArray();
         json.endChild();

@@ -2,6 +2,7 @@
 // Thread: the repository's.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "apps/zq/Session.h"
@@ -19,6 +20,10 @@ void addFields(JSON::Builder& json, char const* key, WideString const& form, Giv
 
 // A parameter that the repository had no memory for is left out, as everywhere.
 [[nodiscard]] LightweightVector<SearchOptionGroup> readOptions(Session& session);
-void addOptions(JSON::Builder& json, char const* key, LightweightVector<SearchOptionGroup> const& groups);
+// Whether results depend on the boolean at that place, as far as is known.
+using IsFilter =
+    std::function<bool(std::size_t group, std::size_t index, GenericParam::iParam const& option)>;
+void addOptions(JSON::Builder& json, char const* key, LightweightVector<SearchOptionGroup> const& groups,
+                IsFilter const& isFilter);
 
 } // namespace zq::panel

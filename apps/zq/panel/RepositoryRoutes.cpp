@@ -6,6 +6,7 @@
 #include "apps/zq/optionWords.h"
 #include "apps/zq/panel/ApiError.h"
 #include "apps/zq/panel/Panel.h"
+#include "apps/zq/panel/Purchases.h"
 #include "apps/zq/panel/RepositoryJson.h"
 #include "apps/zq/panel/RequestValues.h"
 #include "apps/zq/signIn.h"
@@ -44,12 +45,14 @@ std::string signInJson(SignIn const& result) {
     addNumber(json, "code", result.code);
     addText(json, "text", result.error);
     addText(json, "user", result.user);
+    addText(json, "reason", wordOf(result.reason));
     json.endChild();
     return utf8(json.getOutput());
 }
 
 Response showForms(Panel const& panel, Request const& request) {
-    return jsonAnswer(panel.desk(request.captures.at(0)).ask([&panel](Session& session) {
+    RepositoryDesk& desk = panel.desk(request.captures.at(0));
+    return jsonAnswer(desk.ask(Turn::beforeSearches, [&panel](Session& session) {
         iMediaFileRepository& repository = session.repository();
         JSON::Builder json;
         json.startChild(nullptr);
@@ -67,7 +70,7 @@ Response logIn(Panel const& panel, Request const& request) {
         SignIn const result = signIn(session, form);
         if (result.error.empty() && !result.user.empty()) {
             // The clips of a search are marked by this list; nobody has to wait for it.
-            desk.post([&desk](Session& later) { static_cast<void>(desk.readOwned(later)); });
+            panel.purchases.lookLater(desk);
         }
         return signInJson(result);
     }));
@@ -82,22 +85,28 @@ Response logOut(Panel const& panel, Request const& request) {
             ServiceWatch const watch = session.watch();
             session.repository().logout();
             result.error = watch.failure().value_or(std::string());
+            result.reason = result.error.empty() ? Reason::none : reasonOf(watch);
             result.user = session.user();
         }
         return signInJson(result);
     }));
 }
 
-std::string optionsJson(Session& session) {
+std::string optionsJson(RepositoryDesk const& desk, Session& session) {
+    auto const isFilter = [&](std::size_t group, std::size_t index, GenericParam::iParam const& option) {
+        return desk.isFilter(group, index, option);
+    };
     JSON::Builder json;
     json.startChild(nullptr);
-    addOptions(json, "groups", readOptions(session));
+    addOptions(json, "groups", readOptions(session), isFilter);
     json.endChild();
     return utf8(json.getOutput());
 }
 
 Response showOptions(Panel const& panel, Request const& request) {
-    return jsonAnswer(panel.desk(request.captures.at(0)).ask(optionsJson));
+    RepositoryDesk& desk = panel.desk(request.captures.at(0));
+    return jsonAnswer(
+        desk.ask(Turn::beforeSearches, [&](Session& session) { return optionsJson(desk, session); }));
 }
 
 ErrorCode errorOf(SearchOptionResult result) {
@@ -117,12 +126,13 @@ Response setOption(Panel const& panel, Request const& request) {
     std::size_t const group = pathNumber(request, 1);
     std::size_t const index = pathNumber(request, 2);
     std::string const value = bodyText(request, "value", longestValue_bytes);
-    return jsonAnswer(desk.ask([&](Session& session) {
-        SearchOptionResult const result = setSearchOption(readOptions(session), group, index, wide(value));
+    return jsonAnswer(desk.ask(Turn::beforeSearches, [&](Session& session) {
+        SearchOptionResult const result = desk.setOption(session, group, index, wide(value));
         if (result != SearchOptionResult::set) {
-            throw ApiError(errorOf(result), inWords(result));
+            throw ApiError(errorOf(result), inWords(result),
+                           result == SearchOptionResult::inactive ? Reason::optionInactive : Reason::none);
         }
-        return optionsJson(session);
+        return optionsJson(desk, session);
     }));
 }
 

@@ -100,12 +100,4 @@ Response jsonAnswer(std::string body) {
     return response;
 }
 
-KnownClip clipOf(RepositoryDesk const& desk, Request const& request) {
-    std::optional<KnownClip> clip = desk.knownClip(request.captures.at(1));
-    if (!clip) {
-        throw ApiError(ErrorCode::notFound, "the repository has not shown that clip");
-    }
-    return *std::move(clip);
-}
-
 } // namespace zq::panel

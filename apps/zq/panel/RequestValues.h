@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "apps/zq/panel/Http.h"
-#include "apps/zq/panel/RepositoryDesk.h"
 
 namespace zq::panel {
 
@@ -24,7 +23,5 @@ namespace zq::panel {
 [[nodiscard]] std::size_t pathNumber(Request const& request, std::size_t capture);
 
 [[nodiscard]] Response jsonAnswer(std::string body);
-// The clip of the path's second part. Throws ApiError(notFound) for one that the repository has not shown.
-[[nodiscard]] KnownClip clipOf(RepositoryDesk const& desk, Request const& request);
 
 } // namespace zq::panel

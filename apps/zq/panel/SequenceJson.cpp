@@ -50,11 +50,7 @@ void addPiece(JSON::Builder& json, Panel const& panel, engine::Sequence const& s
     addText(json, "sourceOut", engine::timecode(placement.out, edit.rate));
     addText(json, "recordIn", engine::timecode(placement.start, sequence.rate));
     addText(json, "recordOut", engine::timecode(placement.start + placement.length, sequence.rate));
-    std::vector<std::string> differences;
-    for (engine::MediaDifference const& difference : edit.differences) {
-        differences.push_back(inWords(difference));
-    }
-    addTexts(json, "differences", differences);
+    addDifferences(json, "differences", edit.differences);
     json.endChild();
 }
 

@@ -9,6 +9,8 @@
 #include "apps/zq/panel/Panel.h"
 #include "apps/zq/panel/PanelSettings.h"
 #include "apps/zq/panel/RequestValues.h"
+#include "host/engine/Engine.h"
+#include "host/engine/network/CurlNetwork.h"
 
 namespace zq::panel {
 
@@ -47,9 +49,11 @@ Response showReport(Panel const& panel) {
     for (auto const& desk : panel.desks) {
         auto const told = std::make_shared<std::promise<DeskFacts>>();
         known.push_back(told->get_future());
-        desk->post([told](Session& session) {
-            told->set_value({moduleLines(session.modules()), session.user()});
-        });
+        desk->post(
+            [told](Session& session) {
+                told->set_value({moduleLines(session.modules()), session.user()});
+            },
+            Turn::beforeSearches);
     }
     auto const end = std::chrono::steady_clock::now() + longestWait;
     for (std::size_t i = 0; i < known.size(); ++i) {
@@ -83,19 +87,21 @@ Response clearCache(Panel const& panel) {
 Response testConnection(Panel const& panel) {
     std::vector<HTTPConnectionInfo> servers;
     for (auto const& desk : panel.desks) {
-        HTTPConnectionInfo info =
-            desk->ask([](Session& session) { return session.repository().getDescription().connection; });
-        if (!info.server.isEmpty()) { // one of local files has none
+        HTTPConnectionInfo info = desk->connection(); // a desk that is held up is what one tests for
+        if (!info.server.isEmpty()) {                 // one of local files has none
             servers.push_back(std::move(info));
         }
     }
+    auto const statistics = [&network = panel.engine.network()] { return network.statisticsOfThisThread(); };
     JSON::Builder json;
     json.startChild(nullptr);
     json.startArray("servers");
-    for (ServerAnswer const& answer : testConnections(servers, longestTest)) {
+    for (ServerAnswer const& answer : testConnections(servers, longestTest, statistics)) {
         json.startChild(nullptr);
         addText(json, "name", answer.name);
         json.add("ok", answer.ok);
+        addText(json, "reason", answer.reason);
+        addNumber(json, "status", answer.status);
         addText(json, "text", answer.text);
         addDecimal(json, "seconds", answer.seconds);
         json.endChild();

@@ -12,17 +12,22 @@ namespace {
 
 constexpr std::size_t longestKey_bytes = 200;
 
+std::string basketJson(Panel const& panel, RepositoryDesk const& desk, Session& session) {
+    return panel.baskets.json(desk, session, panel.purchases.undecided(desk, session.user()));
+}
+
 Response showBasket(Panel const& panel, Request const& request) {
     RepositoryDesk& desk = panel.desk(request.captures.at(0));
-    return jsonAnswer(desk.ask([&](Session& session) { return panel.baskets.json(desk, session); }));
+    return jsonAnswer(
+        desk.ask(Turn::beforeSearches, [&](Session& session) { return basketJson(panel, desk, session); }));
 }
 
 Response replaceBasket(Panel const& panel, Request const& request) {
     RepositoryDesk& desk = panel.desk(request.captures.at(0));
     std::vector<std::string> const ids = bodyClips(request, "clips", Baskets::most);
-    return jsonAnswer(desk.ask([&](Session& session) {
+    return jsonAnswer(desk.ask(Turn::beforeSearches, [&](Session& session) {
         panel.baskets.replace(desk, session, ids);
-        return panel.baskets.json(desk, session);
+        return basketJson(panel, desk, session);
     }));
 }
 
@@ -46,6 +51,15 @@ Response buy(Panel const& panel, Request const& request) {
     return jsonAnswer(panel.purchases.buy(desk, order));
 }
 
+Response withdraw(Panel const& panel, Request const& request) {
+    RepositoryDesk& desk = panel.desk(request.captures.at(0));
+    std::string const& key = request.captures.at(1);
+    if (key.empty() || key.size() > longestKey_bytes) {
+        throw ApiError(ErrorCode::badRequest, "this is no key");
+    }
+    return jsonAnswer(panel.purchases.withdraw(desk, key));
+}
+
 } // namespace
 
 void addShopRoutes(Routes& routes, Panel const& panel) {
@@ -55,6 +69,8 @@ void addShopRoutes(Routes& routes, Panel const& panel) {
                       [&panel](Request const& request) { return replaceBasket(panel, request); }});
     routes.push_back({"POST", "/api/repositories/{repository}/purchases",
                       [&panel](Request const& request) { return buy(panel, request); }});
+    routes.push_back({"DELETE", "/api/repositories/{repository}/purchases/{key}",
+                      [&panel](Request const& request) { return withdraw(panel, request); }});
     routes.push_back({"GET", "/api/repositories/{repository}/purchases", [&panel](Request const& request) {
                           return jsonAnswer(panel.purchases.list(panel.desk(request.captures.at(0))));
                       }});

@@ -27,7 +27,7 @@ Response showState(Panel const& panel) {
     // First: what happens while the rest is gathered is told again, and nothing is missed.
     addNumber(json, "event", panel.events.last());
     addText(json, "version", version);
-    addText(json, "language", panel.engine.language());
+    addText(json, "language", panel.settings.language());
     addText(json, "theme", panel.settings.theme());
     std::vector<WideString> repositories;
     for (std::unique_ptr<RepositoryDesk> const& desk : panel.desks) {
@@ -48,9 +48,12 @@ Response showTexts(std::string const& language) {
     }
     JSON::Builder json;
     json.startChild(nullptr);
+    addText(json, "language", language);
+    json.startChild("texts");
     for (auto const& [key, text] : *texts) {
         addText(json, key.c_str(), text);
     }
+    json.endChild();
     json.endChild();
     return jsonAnswer(utf8(json.getOutput()));
 }
@@ -65,13 +68,14 @@ Response showEvents(Panel const& panel, Request const& request) {
 Response openLink(Panel const& panel, Request const& request) {
     std::string const url = bodyText(request, "url", longestLink_bytes);
     if (!panel.links.contains(url)) {
-        throw ApiError(ErrorCode::conflict, "no repository has given this link");
+        throw ApiError(ErrorCode::conflict, "no repository has given this link", Reason::unknownLink);
     }
     engine::DesktopShell& shell = panel.engine.shell();
     bool const opened = shell.openInBrowser(wide(url));
     static_cast<void>(shell.takeLastPage()); // a purchase looks there for its payment page
     if (!opened) {
-        throw ApiError(ErrorCode::conflict, "there is no web browser that could be started");
+        throw ApiError(ErrorCode::conflict, "there is no web browser that could be started",
+                       Reason::noBrowser);
     }
     return jsonAnswer("{}");
 }
@@ -82,7 +86,7 @@ void addStateRoutes(Routes& routes, Panel const& panel) {
     routes.insert(
         routes.end(),
         {{"GET", "/api/state", [&panel](Request const&) { return showState(panel); }},
-         {"GET", "/api/texts", [&panel](Request const&) { return showTexts(panel.engine.language()); }},
+         {"GET", "/api/texts", [&panel](Request const&) { return showTexts(panel.settings.language()); }},
          {"GET", "/api/events", [&panel](Request const& request) { return showEvents(panel, request); }},
          {"POST", "/api/links", [&panel](Request const& request) { return openLink(panel, request); }}});
 }

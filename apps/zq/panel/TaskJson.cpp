@@ -1,6 +1,7 @@
 #include "apps/zq/panel/TaskJson.h"
 
 #include "apps/zq/JsonOutput.h"
+#include "apps/zq/commands/FetchListing.h"
 
 namespace zq::panel {
 
@@ -35,7 +36,11 @@ void addTask(JSON::Builder& json, char const* key, TaskFacts const& facts) {
     engine::TaskReport const& report = facts.report;
     json.startChild(key);
     addNumber(json, "task", report.number);
+    addText(json, "kind", facts.repository.empty() ? "other" : "fetch");
     addText(json, "name", report.name);
+    addTexts(json, "clips", facts.clips);
+    addNumber(json, "clip", facts.clip);
+    addNumber(json, "fetched", facts.fetched);
     addText(json, "state", stateOf(report));
     addText(json, "step", report.ended ? std::string() : report.step);
     addDecimal(json, "progress", facts.transfer.progress);
@@ -43,15 +48,7 @@ void addTask(JSON::Builder& json, char const* key, TaskFacts const& facts) {
     addOptional(json, "totalBytes", facts.transfer.totalBytes);
     addOptional(json, "secondsLeft", facts.transfer.secondsLeft);
     addText(json, "text", report.ended ? report.result.text : std::string());
-    json.startArray("failed");
-    for (UnfetchedClip const& clip : facts.failed) {
-        json.startChild(nullptr);
-        addText(json, "id", clip.id);
-        addText(json, "name", clip.name);
-        addText(json, "reason", clip.reason);
-        json.endChild();
-    }
-    json.endArray();
+    addUnfetched(json, "failed", facts.failed);
     json.add("canRetry", facts.canRetry);
     addText(json, "repository", facts.repository);
     json.endChild();

@@ -26,6 +26,9 @@ struct TaskFacts {
     engine::TaskReport report;
     // Of a fetch only:
     std::string repository;
+    std::vector<std::string> clips; // their names
+    std::size_t clip = 0;           // place of the one that is fetched now, from 1; 0 where none is
+    std::size_t fetched = 0;        // how many have been
     TransferState transfer;
     std::vector<UnfetchedClip> failed;
     bool canRetry = false;

@@ -104,6 +104,22 @@ TEST_F(AccessTest, AHostThatIsMissingOrStandsThereTwiceIsRefused) {
     EXPECT_EQ(ask(request("GET /api/state", "Host: evil.example\r\n")).error(), "wrong_host");
 }
 
+TEST_F(AccessTest, AHostIsComparedAsItWasSent) {
+    std::string const port = std::to_string(server_->port());
+    for (std::string const& lines :
+         {"Host: 127.0.0.1%3A" + port, "Host: %31%32%37.0.0.1:" + port, "Host: 127.0.0.1:" + port + "%00",
+          "Host: 127.0.0.1:" + port + std::string(1, '\0'), "Host : 127.0.0.1:" + port,
+          "X-Folded: a\r\n Host: 127.0.0.1:" + port, "Host: 127.0.0.1:" + port + "\r\nHost:",
+          "Host: 127.0.0.1:" + port + "\r\nhost: 127.0.0.1:" + port}) {
+        RawClient client(server_->port());
+        Answer const answer =
+            client.ask("GET /api/state HTTP/1.1\r\n" + lines + "\r\n" + cookieLine() + "\r\n");
+        EXPECT_EQ(answer.error(), "wrong_host") << lines;
+    }
+    EXPECT_EQ(ask("GET /api/state HTTP/1.1\r\nhOST: \t" + host() + " \r\n" + cookieLine() + "\r\n").body,
+              "state");
+}
+
 TEST_F(AccessTest, LocalhostIsTheSamePanel) {
     std::string const host = "localhost:" + std::to_string(server_->port());
     std::string const head = " /api/echo HTTP/1.1\r\nHost: " + host + "\r\n" + cookieLine();
@@ -121,11 +137,66 @@ TEST_F(AccessTest, AChangeComesFromThePanelsOwnPage) {
           "Origin: https://" + host() + "\r\n", "Origin: http://" + host() + "0\r\n",
           "Origin: http://" + host() + "/\r\n", originLine() + "Origin: http://evil.example\r\n",
           originLine() + "Sec-Fetch-Site: cross-site\r\n", originLine() + "Sec-Fetch-Site: same-site\r\n",
-          originLine() + "Sec-Fetch-Site: none\r\n"}) {
+          originLine() + "Sec-Fetch-Site: none\r\n", originLine() + "Sec-Fetch-Site:\r\n",
+          originLine() + "Sec-Fetch-Site: same-origin\r\nSec-Fetch-Site: cross-site\r\n",
+          "Origin: http%3A//" + host() + "\r\n", "Origin: http://" + host() + "%00.evil.example\r\n"}) {
         Answer const answer = ask(head + lines + "\r\n");
         EXPECT_EQ(answer.status, 403) << lines;
         EXPECT_EQ(answer.error(), "foreign_origin") << lines;
     }
+}
+
+TEST_F(AccessTest, AnotherPageReadsNothing) {
+    EXPECT_EQ(get("/api/state", "Sec-Fetch-Site: same-origin\r\n").body, "state");
+    EXPECT_EQ(get("/api/state", "Sec-Fetch-Site: none\r\nSec-Fetch-Mode: navigate\r\n").body, "state");
+    // Another port of this machine is the same site: its requests have the cookie.
+    for (char const* const site : {"same-site", "cross-site", "", "Same-Origin", "same-origin, cross-site",
+                                   "same-origin\r\nSec-Fetch-Site: cross-site"}) {
+        for (char const* const target :
+             {"/api/state", "/api/bytes", "/api/file", "/assets/main-1234.js", "/nowhere"}) {
+            for (char const* const mode : {"navigate", "no-cors", "cors"}) {
+                Answer const answer = get(target, "Sec-Fetch-Site: " + std::string(site) +
+                                                      "\r\nSec-Fetch-Mode: " + mode + "\r\n");
+                EXPECT_EQ(answer.status, 403) << site << " " << target << " " << mode;
+                EXPECT_EQ(answer.error(), "foreign_origin") << site << " " << target << " " << mode;
+            }
+        }
+    }
+}
+
+TEST_F(AccessTest, AnotherPageMayLeadToThePanel) {
+    std::string const lines =
+        "Sec-Fetch-Site: cross-site\r\nSec-Fetch-Mode: navigate\r\nSec-Fetch-Dest: document\r\n";
+    EXPECT_EQ(get("/", lines).status, 200);
+    EXPECT_EQ(get("/enter?token=" + token_, lines).header("location"), "/");
+    EXPECT_EQ(get("/", "Sec-Fetch-Site: cross-site\r\nSec-Fetch-Mode: no-cors\r\n").error(),
+              "foreign_origin");
+}
+
+TEST_F(AccessTest, APageThatDoesNotKnowTheTokenGetsNoPanelIntoItsFrame) {
+    for (char const* const frame :
+         {"iframe", "frame", "embed", "object", "fencedframe", "iframe\r\nSec-Fetch-Dest: document"}) {
+        for (char const* const site : {"same-site", "cross-site"}) {
+            std::string const lines = "Sec-Fetch-Site: " + std::string(site) +
+                                      "\r\nSec-Fetch-Mode: navigate\r\nSec-Fetch-Dest: " + frame + "\r\n";
+            SCOPED_TRACE(lines);
+            for (std::string const& target :
+                 {std::string("/"), std::string("/?frame="), std::string("/?frame=0"), "/?frame=" + token_,
+                  "/?frame=" + cookie_.substr(cookie_.find('=') + 1)}) {
+                EXPECT_EQ(get(target, lines).error(), "foreign_origin") << target;
+            }
+            Answer const entered = get("/enter?token=" + token_, lines);
+            EXPECT_EQ(entered.status, 303);
+            EXPECT_THAT(entered.header("location"), MatchesRegex("/\\?frame=[0-9a-f]{64}"));
+            EXPECT_EQ(get(entered.header("location"), lines).status, 200);
+            EXPECT_EQ(get("/enter?token=0", lines).header("location"), "");
+        }
+    }
+    // A frame of its own is the page's affair.
+    EXPECT_EQ(
+        get("/", "Sec-Fetch-Site: same-origin\r\nSec-Fetch-Mode: navigate\r\nSec-Fetch-Dest: iframe\r\n")
+            .status,
+        200);
 }
 
 TEST_F(AccessTest, EveryMethodThatIsNoReadingOneIsAChange) {

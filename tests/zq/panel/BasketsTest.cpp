@@ -6,6 +6,7 @@
 #include "apps/zq/Text.h"
 #include "apps/zq/panel/Baskets.h"
 #include "host/engine/project/Project.h"
+#include "host/preferences/EditorPreferences.h"
 
 namespace {
 
@@ -106,6 +107,12 @@ TEST_F(Basket, WhatIsOwnedCostsNothingMore) {
     EXPECT_TRUE(item(basket, "clips", 0)->getBool("owned", false));
     EXPECT_EQ(text(basket, "total"), "$7.50");
     EXPECT_EQ(basket->getInt("unpriced", -1), 1);
+}
+
+TEST_F(Basket, AChangeOfItLeavesThePreferencesAsTheyAre) {
+    std::uint64_t const before = prefs().revision();
+    static_cast<void>(put("\"1\""));
+    EXPECT_EQ(prefs().revision(), before) << "results of searches are kept for as long as those stay";
 }
 
 TEST_F(Basket, CountsTheUsesOfAClipInSequencesAndKnowsItsNameFromThere) {

@@ -2,10 +2,16 @@
 
 #include "tests/zq/panel/PanelFixture.h"
 
+#include <atomic>
 #include <fstream>
+#include <semaphore>
+#include <thread>
 
 #include "apps/zq/Text.h"
 #include "apps/zq/panel/Previews.h"
+#include "host/edit/EditModifier.h"
+#include "host/engine/project/Project.h"
+#include "tests/support/RawServer.h"
 
 namespace {
 
@@ -63,8 +69,8 @@ TEST_F(ClipRoutes, ASearchAsksForTheWordsAndThePageAndGivesItsClips) {
     EXPECT_EQ(asked_[0].pageSize, 7);
     EXPECT_EQ(page->getInt("page", 0), 3);
     EXPECT_EQ(page->getInt("pageSize", 0), 7);
-    EXPECT_EQ(page->getInt("pageCount", 0), 1);
-    EXPECT_EQ(page->getInt("totalCount", 0), 1);
+    EXPECT_EQ(page->getInt("pageCount", 0), 3);
+    EXPECT_EQ(page->getInt("totalCount", 0), 15) << "two full pages stand before it";
     auto const clip = item(page, "clips", 0);
     EXPECT_EQ(text(clip, "id"), "12");
     EXPECT_EQ(text(clip, "name"), "Red car");
@@ -80,6 +86,37 @@ TEST_F(ClipRoutes, ASearchAsksForTheWordsAndThePageAndGivesItsClips) {
     EXPECT_TRUE(clip->getBool("hasPreview", false));
     EXPECT_EQ(text(clip, "edit"), "");
     EXPECT_EQ(text(clip, "state"), "");
+}
+
+TEST_F(ClipRoutes, ClipsThatAreThereCountWhateverTheServiceTells) {
+    std::uint16_t told = 0;
+    repository_->onSearch = [&](SearchQuery const&) {
+        SearchResults results;
+        results.assets = clips_;
+        results.totalCount = told;
+        results.pageCount = 0;
+        return results;
+    };
+    std::string const words = "count ";
+    int asked = 0;
+    auto const ask = [&](char const* page, char const* pageSize) {
+        return handlers_.json(
+            "GET", "/search", {},
+            {{"words", words + std::to_string(++asked)}, {"page", page}, {"pageSize", pageSize}});
+    };
+    EXPECT_EQ(ask("2", "50")->getInt("totalCount", -1), 0) << "nothing is nothing";
+    for (char const* const id : {"1", "2", "3"}) {
+        add(ShelfRepository::clip(id, "Red car", "$5"));
+    }
+    auto const first = ask("1", "50");
+    EXPECT_EQ(first->getInt("totalCount", -1), 3);
+    EXPECT_EQ(first->getInt("pageCount", -1), 1);
+    auto const second = ask("2", "50");
+    EXPECT_EQ(second->getInt("totalCount", -1), 53);
+    EXPECT_EQ(second->getInt("pageCount", -1), 2);
+    EXPECT_EQ(ask("1", "2")->getInt("totalCount", -1), 2) << "a page that is too full has room for its size";
+    told = 700;
+    EXPECT_EQ(ask("1", "50")->getInt("totalCount", -1), 700);
 }
 
 TEST_F(ClipRoutes, WithoutFiguresASearchIsForTheFirstFiftyClips) {
@@ -121,6 +158,84 @@ TEST_F(ClipRoutes, AClipIsKnownOnceItWasShown) {
     search();
     EXPECT_EQ(text(handlers_.json("GET", "/clips/{clip}", {"12"}), "name"), "Red car");
     EXPECT_EQ(handlers_.failureOf("GET", "/clips/{clip}", {"13"}), "not_found");
+}
+
+TEST_F(ClipRoutes, AColumnWithoutADisplayTextIsAskedOfTheRepository) {
+    repository_->columns.push_back(LogAttribute(LogAttribute::eFormat));
+    repository_->onAttribute = [](RemoteAsset const& asset, LogAttribute const& column) {
+        return asset.id + L" asked for " + zq::wide(std::to_string(column.getType()));
+    };
+    RemoteAsset asset = ShelfRepository::clip("12", "Red car", "$5");
+    asset.displayAttributes.add(LogAttribute(LogAttribute::ePrice), WideString(L"Five"));
+    asset.logAttributes.add(LogAttribute(LogAttribute::eFrameRate), WideString(L"25"));
+    add(asset);
+    auto const page = handlers_.json("GET", "/search");
+    auto const attributes = child(item(page, "clips", 0), "attributes");
+    EXPECT_EQ(text(attributes, "59"), "Five") << "what is to be shown needs no asking";
+    EXPECT_EQ(text(attributes, "45"), "12 asked for 45");
+    EXPECT_EQ(text(attributes, "18"), "25") << "what is no column stays as it is";
+}
+
+class ClipsOfTheProject : public ClipRoutes {
+protected:
+    ClipsOfTheProject() {
+        engine::Project& project = home_.engine().project();
+        EditModifier edit(project.makeNewClip(1, 2, 2.0, Zq::FrameRate::f25, Cookie()));
+        LogAttributeMap attributes;
+        attributes.add(LogAttribute(LogAttribute::eName), NarrowString("Red car"));
+        attributes.add(LogAttribute(LogAttribute::ePrice), NarrowString("$5"));
+        edit->setLogAttributes(attributes);
+        edit->setPreviewLocation(file("kept.mov", "a film of an earlier run"));
+        edit->setTemporary(false);
+        project.associate(edit->getCookie(), L"SH", L"12");
+    }
+};
+
+TEST_F(ClipsOfTheProject, AreKnownThoughNobodyHasShownThemSinceTheStart) {
+    auto const clip = handlers_.json("GET", "/clips/{clip}", {"12"});
+    EXPECT_EQ(text(clip, "id"), "12");
+    EXPECT_EQ(text(clip, "name"), "Red car");
+    EXPECT_EQ(text(child(clip, "attributes"), "59"), "$5");
+    EXPECT_EQ(text(clip, "rate"), "25");
+    EXPECT_EQ(clip->getInt("audioChannels", 0), 2);
+    EXPECT_TRUE(clip->getBool("hasPreview", false));
+    EXPECT_EQ(text(clip, "state"), "preview");
+    EXPECT_NE(text(clip, "edit"), "");
+    EXPECT_THAT(asked_, IsEmpty()) << "the service is not asked";
+    EXPECT_EQ(handlers_.failureOf("GET", "/clips/{clip}", {"13"}), "not_found");
+}
+
+TEST_F(ClipsOfTheProject, PlayTheirPreviewWhileTheRepositoryIsBusy) {
+    std::binary_semaphore entered(0);
+    std::binary_semaphore leave(0);
+    handlers_.desk().post([&](zq::Session&) {
+        entered.release();
+        leave.acquire();
+    });
+    entered.acquire();
+    Response const preview = handlers_.call("GET", "/clips/{clip}/preview", {"12"});
+    leave.release();
+    ASSERT_TRUE(preview.content);
+    std::string bytes(100, ' ');
+    bytes.resize(preview.content->read(0, bytes));
+    EXPECT_EQ(bytes, "a film of an earlier run");
+}
+
+TEST_F(ClipsOfTheProject, HaveTheirPictureWhereTheRepositoryKnowsItsPlace) {
+    EXPECT_EQ(handlers_.failureOf("GET", "/clips/{clip}/thumbnail", {"12"}), "not_found");
+    EXPECT_FALSE(handlers_.json("GET", "/clips/{clip}", {"12"})->getBool("hasThumbnail", true));
+    WideString const path = file("12.jpeg", "\xff\xd8\xff picture");
+    handlers_.desk().ask([&](zq::Session&) { repository_->thumbnailPaths[L"12"] = path; });
+    EXPECT_EQ(handlers_.call("GET", "/clips/{clip}/thumbnail", {"12"}).body, "\xff\xd8\xff picture");
+    EXPECT_TRUE(handlers_.json("GET", "/clips/{clip}", {"12"})->getBool("hasThumbnail", false));
+}
+
+TEST_F(ClipsOfTheProject, AreAsTheRepositoryTellsThemOnceItHas) {
+    add(ShelfRepository::clip("12", "Red car, longer", "$7"));
+    search();
+    auto const clip = handlers_.json("GET", "/clips/{clip}", {"12"});
+    EXPECT_EQ(text(clip, "name"), "Red car, longer");
+    EXPECT_FALSE(clip->getBool("hasPreview", true));
 }
 
 TEST_F(ClipRoutes, HostileTextsComeOutAsTheyAre) {
@@ -227,6 +342,52 @@ TEST_F(PreviewRoutes, OnlySoManyAreOpenAtOnce) {
     EXPECT_EQ(handlers_.failureOf("GET", "/clips/{clip}/preview", {"1"}), "conflict");
     open.pop_back();
     EXPECT_EQ(handlers_.failureOf("GET", "/clips/{clip}/preview", {"1"}), "none");
+}
+
+TEST_F(ClipRoutes, APictureBehindARedirectIsShown) {
+    test::RawServer server([](test::RawConnection& connection) {
+        while (auto const request = connection.readRequest()) {
+            if (request->line.starts_with("GET /moved/")) {
+                connection.answer(200, "\xff\xd8\xff picture");
+            } else if (request->line.starts_with("GET /1 ")) {
+                connection.answer(302, "", "Location: /moved/1.jpeg\r\n");
+            } else {
+                connection.answer(404, "");
+            }
+        }
+    });
+    repository_->thumbnailBase = zq::wide("http://" + server.name() + "/");
+    add(ShelfRepository::clip("1", "one", ""));
+    add(ShelfRepository::clip("2", "two", ""));
+    search();
+    EXPECT_EQ(handlers_.call("GET", "/clips/{clip}/thumbnail", {"1"}).body, "\xff\xd8\xff picture");
+    EXPECT_EQ(handlers_.failureOf("GET", "/clips/{clip}/thumbnail", {"2"}), "not_found");
+}
+
+TEST_F(ClipRoutes, APictureThatIsSlowKeepsNoRequestAndIsThereLater) {
+    std::atomic<bool> isOpen{false};
+    test::RawServer server([&](test::RawConnection& connection) {
+        while (connection.readRequest()) {
+            while (!isOpen) {
+                std::this_thread::yield();
+            }
+            connection.answer(200, "\xff\xd8\xff picture");
+        }
+    });
+    repository_->thumbnailBase = zq::wide("http://" + server.name() + "/");
+    add(ShelfRepository::clip("1", "one", ""));
+    search();
+    auto const ask = [this] { return handlers_.call("GET", "/clips/{clip}/thumbnail", {"1"}); };
+    Response answer = ask();
+    EXPECT_EQ(answer.status, 202);
+    EXPECT_EQ(answer.body, "");
+    EXPECT_EQ(answer.fresh_s, 0U) << "no browser takes it for the picture";
+    isOpen = true;
+    do {
+        answer = ask();
+    } while (answer.status == 202);
+    EXPECT_EQ(answer.status, 200);
+    EXPECT_EQ(answer.body, "\xff\xd8\xff picture");
 }
 
 TEST_F(ClipRoutes, WhatIsOwnedIsAPageOfClipsAndMarksThemEverywhere) {

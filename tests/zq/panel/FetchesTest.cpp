@@ -37,6 +37,9 @@ protected:
     void addEdit(std::string const& id) {
         engine::Project& project = home_.engine().project();
         EditModifier edit(project.makeNewClip(1, 0, 2.0, Zq::FrameRate::f25, Cookie()));
+        LogAttributeMap attributes;
+        attributes.add(LogAttribute(LogAttribute::eName), NarrowString("clip " + id));
+        edit->setLogAttributes(attributes);
         edit->setTemporary(false);
         project.associate(edit->getCookie(), L"SH", zq::wide(id));
     }
@@ -93,6 +96,11 @@ TEST_F(PanelFetches, TellWhatFailedAndWhyInTheWordsOfTheImportLog) {
     EXPECT_TRUE(ended->getBool("canRetry", false));
     EXPECT_EQ(text(item(ended, "failed", 0), "id"), "2");
     EXPECT_EQ(text(item(ended, "failed", 0), "reason"), "the disk is full");
+    EXPECT_EQ(text(item(ended, "failed", 0), "why"), "transfer");
+    EXPECT_EQ(text(ended, "kind"), "fetch");
+    EXPECT_THAT(texts(ended, "clips"), ElementsAre("clip 2"));
+    EXPECT_EQ(ended->getInt("fetched", -1), 0);
+    EXPECT_EQ(ended->getInt("clip", -1), 0);
     std::string const path = std::to_string(number);
     auto const lines = child(panel_.json("GET", "/tasks/{task}/log", {path}), "lines");
     ASSERT_EQ(lines->getNumChildren(), 2);
@@ -143,6 +151,7 @@ TEST_F(PanelFetches, TellNoBytesWhereTheRepositoryWritesElsewhere) {
     EXPECT_FALSE(task(0)->hasNum("bytes"));
     EXPECT_FALSE(task(0)->hasNum("totalBytes"));
     EXPECT_FLOAT_EQ(task(0)->getFloat("progress", 0), 0.125F);
+    EXPECT_EQ(task(0)->getInt("clip", -1), 1) << "of two";
 }
 
 TEST_F(PanelFetches, GuessNoLengthFromAFractionOfSomethingElse) {
@@ -189,6 +198,8 @@ TEST_F(PanelFetches, EndWhenTheyAreCancelledAndTellWhatIsMissing) {
     EXPECT_EQ(text(ended, "state"), "cancelled");
     EXPECT_EQ(child(ended, "failed")->getNumChildren(), 2);
     EXPECT_EQ(text(item(ended, "failed", 1), "reason"), "cancelled");
+    EXPECT_EQ(text(item(ended, "failed", 0), "why"), "cancelled");
+    EXPECT_EQ(text(item(ended, "failed", 1), "why"), "cancelled") << "its turn did not come";
     EXPECT_TRUE(ended->getBool("canRetry", false));
     EXPECT_EQ(panel_.failureOf("DELETE", "/tasks/{task}", {path}), "conflict");
     EXPECT_EQ(panel_.failureOf("DELETE", "/tasks/{task}", {"99"}), "not_found");
@@ -219,6 +230,26 @@ TEST_F(PanelFetches, RefuseWhatIsNotOwnedOrNoList) {
     EXPECT_EQ(panel_.failureOf("GET", "/tasks/{task}/log", {"1"}), "not_found");
 }
 
+TEST_F(PanelFetches, SayByAWordWhyTheyAreRefused) {
+    auto const reasonOf = [this](std::string const& ids) {
+        try {
+            static_cast<void>(begin(ids));
+        } catch (zq::panel::ApiError const& error) {
+            return std::string(zq::wordOf(error.reason()));
+        } catch (zq::ReasonedError const& error) {
+            return std::string(zq::wordOf(error.reason()));
+        }
+        return std::string("none");
+    };
+    EXPECT_EQ(reasonOf("\"8\""), "not_owned");
+    fetchInParts({1'000}, 2'000);
+    static_cast<void>(begin("\"1\""));
+    reached_.acquire();
+    EXPECT_EQ(reasonOf("\"1\""), "being_fetched");
+    repository_->signedInUser.clear();
+    EXPECT_EQ(reasonOf("\"2\""), "not_signed_in");
+}
+
 TEST_F(PanelFetches, CheckWhatARelinkingWouldDo) {
     std::ofstream(home_.path() / "1.mov") << "no film";
     auto const answer =
@@ -227,8 +258,11 @@ TEST_F(PanelFetches, CheckWhatARelinkingWouldDo) {
     EXPECT_EQ(text(broken, "clip"), "1");
     EXPECT_FALSE(broken->getBool("ok", true));
     EXPECT_THAT(text(broken, "text"), HasSubstr("1.mov"));
+    EXPECT_EQ(text(broken, "outcome"), "unusable");
     EXPECT_THAT(text(item(answer, "checks", 1), "text"), HasSubstr("is not on this machine"));
+    EXPECT_EQ(text(item(answer, "checks", 1), "outcome"), "no_file");
     EXPECT_THAT(text(item(answer, "checks", 2), "text"), HasSubstr("no edit"));
+    EXPECT_EQ(text(item(answer, "checks", 2), "outcome"), "no_edit");
     EXPECT_TRUE(fs::exists(home_.path() / "1.mov"));
 }
 

@@ -4,7 +4,10 @@
 
 #include <signal.h>
 
+#include <chrono>
+#include <filesystem>
 #include <fstream>
+#include <functional>
 #include <sstream>
 #include <thread>
 
@@ -132,6 +135,41 @@ TEST_F(PanelCommandTest, APortIsTakenAsAsked) {
     }
 }
 
+// What a browser keeps of a page, it keeps for its port.
+TEST_F(PanelCommandTest, ThePortOfTheLastRunIsTakenAgain) {
+    int before = 0;
+    std::string tokenBefore;
+    {
+        auto const program = start({"panel", "--no-browser"});
+        std::string const address = program->readLine();
+        before = Browser(address).port();
+        tokenBefore = address.substr(address.find("token="));
+        program->sendSignal(SIGINT);
+        EXPECT_EQ(program->finish().status, 0);
+    }
+    auto const program = start({"panel", "--no-browser"});
+    std::string const address = program->readLine();
+    EXPECT_EQ(Browser(address).port(), before);
+    EXPECT_THAT(address, Not(HasSubstr(tokenBefore)));
+
+    int secondPort = 0;
+    for (int run = 0; run < 2; ++run) {
+        auto const second = start({"panel", "--no-browser"});
+        int const port = Browser(second->readLine()).port();
+        EXPECT_NE(port, before);
+        EXPECT_TRUE(run == 0 || port == secondPort) << "beside the first one, each time";
+        secondPort = port;
+        second->sendSignal(SIGINT);
+        EXPECT_EQ(second->finish().status, 0);
+    }
+}
+
+TEST_F(PanelCommandTest, AnUnusablePortOfAnEarlierRunIsPassedOver) {
+    std::ofstream(home() / "panel.toml") << "ports = [80, -1, 99999, \"x\", 2.5]\n";
+    auto const program = start({"panel", "--no-browser"});
+    EXPECT_EQ(Browser(program->readLine()).ask("GET /api/state").status, 200);
+}
+
 TEST_F(PanelCommandTest, InTheShellItEndsWithCtrlCAndTheShellGoesOn) {
     auto const program = start({"shell"});
     program->write("panel --no-browser\n");
@@ -143,32 +181,121 @@ TEST_F(PanelCommandTest, InTheShellItEndsWithCtrlCAndTheShellGoesOn) {
     EXPECT_EQ(program->finish().status, 0);
 }
 
-TEST_F(PanelCommandTest, TheBrowserOfTheMachineIsOpenedUnlessItIsForbidden) {
-    std::filesystem::path const opened = folder() / "opened";
-    std::filesystem::path const script = folder() / "browser";
-    std::ofstream(script) << "#!/bin/sh\nprintf '%s\\n' \"$@\" >'" << opened.string() << ".new'\nmv '"
-                          << opened.string() << ".new' '" << opened.string() << "'\n";
-    std::filesystem::permissions(script, std::filesystem::perms::owner_all);
-    environment.push_back("ZQ_BROWSER=" + script.string());
-    {
-        auto const quiet = start({"panel", "--no-browser"});
-        static_cast<void>(quiet->readLine());
-        quiet->sendSignal(SIGINT);
-        EXPECT_EQ(quiet->finish().status, 0);
-        EXPECT_FALSE(std::filesystem::exists(opened));
+// What the machine's browser is started with.
+class PanelInBrowserTest : public PanelCommandTest {
+protected:
+    PanelInBrowserTest() {
+        std::filesystem::path const script = folder() / "browser";
+        std::ofstream(script) << "#!/bin/sh\nprintf '%s\\n' \"$@\" >'" << opened_.string() << ".new'\nmv '"
+                              << opened_.string() << ".new' '" << opened_.string() << "'\n";
+        std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+        environment.push_back("ZQ_BROWSER=" + script.string());
     }
+    [[nodiscard]] std::string words() const {
+        waitUntil([this] { return std::filesystem::exists(opened_); });
+        return contentOf(opened_);
+    }
+    static std::string contentOf(std::filesystem::path const& path) {
+        std::ifstream file(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    static void waitUntil(std::function<bool()> const& holds) {
+        auto const deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (!holds() && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::yield();
+        }
+        EXPECT_TRUE(holds());
+    }
+    // The file that the browser was told.
+    [[nodiscard]] std::filesystem::path page() const {
+        std::string const told = words();
+        EXPECT_THAT(told, testing::EndsWith(".html\n"));
+        return told.substr(0, told.find('\n'));
+    }
+    // Where the page leads.
+    static std::string addressIn(std::string const& html) {
+        std::string const before = "content=\"0; url=";
+        std::size_t const at = html.find(before) + before.size();
+        std::string address = html.substr(at, html.find('"', at) - at);
+        std::size_t const escaped = address.find("&amp;");
+        return escaped != std::string::npos ? address.replace(escaped, 5, "&") : address;
+    }
+
+private:
+    std::filesystem::path const opened_{folder() / "opened"};
+};
+
+TEST_F(PanelInBrowserTest, IsOpenedByAPageOfItsUsersAloneThatGoesOnceItWasUsed) {
     auto const program = start({"panel"});
     std::string const address = program->readLine();
-    auto const deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (!std::filesystem::exists(opened) && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::yield();
-    }
-    std::ifstream file(opened);
-    std::string line;
-    std::getline(file, line);
-    EXPECT_EQ(line, address);
+    EXPECT_THAT(words(), Not(HasSubstr(address.substr(address.find("token=")))))
+        << "others read command lines";
+    EXPECT_EQ(page().parent_path(), home());
+    EXPECT_EQ(std::filesystem::status(page()).permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    Browser const typed(address);
+    EXPECT_EQ(typed.ask("GET /api/state").status, 200);
+    EXPECT_EQ(typed.ask("GET /enter?token=0&page=1").status, 401);
+    EXPECT_TRUE(std::filesystem::exists(page())) << "nobody has used it";
+
+    std::string const leads = addressIn(contentOf(page()));
+    EXPECT_EQ(leads, address + "&page=1");
+    Answer const entered = typed.ask("GET " + leads.substr(leads.find("/enter")));
+    EXPECT_EQ(entered.status, 200) << "the cookie would be lost along a redirect";
+    EXPECT_EQ(entered.header("content-type"), "text/html; charset=utf-8");
+    EXPECT_THAT(entered.header("set-cookie"), HasSubstr("SameSite=Strict"));
+    EXPECT_EQ(addressIn(entered.body), "/");
+    waitUntil([this] { return !std::filesystem::exists(page()); });
     program->sendSignal(SIGINT);
     EXPECT_EQ(program->finish().status, 0);
+}
+
+TEST_F(PanelInBrowserTest, ThePageGoesAtTheEndWhereNobodyHasUsedIt) {
+    auto const program = start({"panel"});
+    static_cast<void>(program->readLine());
+    EXPECT_TRUE(std::filesystem::exists(page()));
+    program->sendSignal(SIGTERM);
+    EXPECT_EQ(program->finish().status, 128 + SIGTERM);
+    EXPECT_FALSE(std::filesystem::exists(page()));
+}
+
+TEST_F(PanelInBrowserTest, IsNotOpenedWhereThatIsForbidden) {
+    auto const quiet = start({"panel", "--no-browser"});
+    static_cast<void>(quiet->readLine());
+    quiet->sendSignal(SIGINT);
+    EXPECT_EQ(quiet->finish().status, 0);
+    EXPECT_FALSE(std::filesystem::exists(folder() / "opened"));
+    for (auto const& entry : std::filesystem::directory_iterator(home())) {
+        EXPECT_NE(entry.path().extension(), ".html");
+    }
+}
+
+TEST_F(PanelCommandTest, TheWordsOfTheLastSearchAreThereAfterARestart) {
+    {
+        auto const program = start({"panel", "--no-browser"});
+        Browser const browser(program->readLine());
+        EXPECT_EQ(browser.ask("GET /api/repositories/T7/search?words=red%20car").status, 502) << "no service";
+        program->sendSignal(SIGINT);
+        EXPECT_EQ(program->finish().status, 0);
+    }
+    auto const program = start({"panel", "--no-browser"});
+    Browser const browser(program->readLine());
+    EXPECT_THAT(browser.ask("GET /api/state").body, HasSubstr(R"("words":"red car")"));
+    EXPECT_THAT(browser.ask("GET /api/repositories/T7").body, HasSubstr(R"("words":"red car")"));
+}
+
+TEST_F(PanelCommandTest, WhileAnotherProcessHoldsTheProjectItCanOnlyBeLookedAt) {
+    auto const holder = start({"shell"});
+    holder->write("tasks\n");
+    EXPECT_EQ(holder->readLine(), "no tasks");
+    auto const program = start({"panel", "--no-browser"});
+    Browser const browser(program->readLine());
+    EXPECT_THAT(browser.ask("GET /api/state").body, HasSubstr(R"("writable":false)"));
+    Answer const refused = browser.post("/api/project/undo", "{}");
+    EXPECT_EQ(refused.status, 409);
+    EXPECT_THAT(refused.body, HasSubstr("another program works on this project"));
+    EXPECT_EQ(holder->finish().status, 0);
+    EXPECT_THAT(browser.ask("GET /api/project").body, HasSubstr(R"("writable":true)"));
 }
 
 TEST_F(PanelCommandTest, OnlyLinksThatARepositoryHasGivenAreOpened) {

@@ -62,10 +62,12 @@ TEST(PanelDocumentTest, TheRoutesAreThoseOfTheProgram) {
     EventHub events;
     GivenLinks links;
     std::vector<std::unique_ptr<RepositoryDesk>> desks;
-    Baskets baskets(events);
-    Purchases purchases(events, links);
+    PanelMemory memory(home.path() / "panel.toml");
+    Baskets baskets(events, memory);
+    zq::OrderBook orders(home.path() / "purchases.db");
+    Purchases purchases(orders, desks, events, links, baskets);
     Fetches fetches(home.engine(), events);
-    PanelSettings settings(home.engine(), events);
+    PanelSettings settings(home.engine(), events, memory);
     Panel const panel{home.engine(), events, desks, baskets, purchases, fetches, settings, links};
     PanelServer const server(allRoutes(panel), WebFiles({}), 0);
     std::multiset<std::string> inProgram;
@@ -95,6 +97,21 @@ TEST(PanelDocumentTest, TheErrorCodesAreThoseOfTheProgram) {
     }
     EXPECT_THAT(inProgram, UnorderedElementsAreArray(inDocument));
     EXPECT_EQ(inProgram.size(), errorTable().size()) << "each code once";
+}
+
+TEST(PanelDocumentTest, TheReasonsAreThoseOfTheProgram) {
+    std::multiset<std::string> inProgram;
+    for (zq::ReasonRow const& row : zq::reasonTable()) {
+        if (!row.word.empty()) {
+            inProgram.insert(std::string(row.word));
+        }
+        EXPECT_EQ(zq::wordOf(row.reason), row.word);
+    }
+    std::multiset<std::string> inDocument;
+    for (auto const& row : tableBehind(document(), "| Reason | Meaning |")) {
+        inDocument.insert(row.at(0));
+    }
+    EXPECT_THAT(inProgram, UnorderedElementsAreArray(inDocument));
 }
 
 TEST(PanelDocumentTest, EachCodeOfTheProgramHasARow) {

@@ -68,11 +68,11 @@ TEST_F(PanelFetchRoad, LeadsFromAPlacedPreviewToTheFullFile) {
 
     EXPECT_TRUE(item(post("/checks", "{" + clips + "}"), "checks", 0)->getBool("ok", false));
     auto const usage = panel_->json("GET", "/sequences/{sequence}/usage", {"cut"});
-    EXPECT_EQ(text(item(usage, "uses", 0), "ownership"), "owned");
-    EXPECT_EQ(text(usage, "total"), "");
+    EXPECT_EQ(text(item(usage, "uses", 0), "owned"), "owned");
+    EXPECT_EQ(text(usage, "totalText"), "");
     auto const check =
         panel_->call("GET", "/sequences/{sequence}/export", {"cut"}, {{"format", "otio"}, {"check", "1"}});
-    EXPECT_THAT(texts(parsed(check.body), "warnings"), IsEmpty());
+    EXPECT_EQ(child(parsed(check.body), "warnings")->getNumChildren(), 0);
     EXPECT_EQ(panel_->failureOf("POST", "/tasks/{task}/retry", {std::to_string(task)}), "conflict");
 }
 

@@ -56,11 +56,15 @@ zq::Session::Surroundings surroundings(engine::Engine& engine, iMediaFileReposit
 } // namespace
 
 Handlers::Handlers(engine::Engine& engine, iMediaFileRepository& repository, zq::StatisticsSource statistics)
-    : fetches_(engine, events_), settings_(engine, events_) {
+    : memory_(engine.home() / "panel.toml"), orders_(engine.home() / "purchases.db"),
+      fetches_(engine, events_), settings_(engine, events_, memory_) {
     desks_.push_back(std::make_unique<RepositoryDesk>(
-        surroundings(engine, repository, std::move(statistics), answers_), events_, links_));
+        surroundings(engine, repository, std::move(statistics), answers_), events_, links_, memory_));
     purchases_ = std::make_unique<Purchases>(
-        events_, links_, [this] { return now; }, Purchases::Watching::byOthers);
+        orders_, desks_, events_, links_, baskets_,
+        Purchases::Clocks{[this] { return now; },
+                          [this] { return std::chrono::system_clock::time_point(now.time_since_epoch()); }},
+        Purchases::Watching::byOthers);
     panel_ = std::make_unique<Panel>(
         Panel{engine, events_, desks_, baskets_, *purchases_, fetches_, settings_, links_});
     addRepositoryRoutes(routes_, *panel_);
@@ -144,7 +148,11 @@ public:
     test::TemporaryFolder folder;
 };
 
-EngineHome::EngineHome() : folder_(std::make_unique<Folder>()) {
+EngineHome::EngineHome(std::function<void(fs::path const& home)> const& prepare)
+    : folder_(std::make_unique<Folder>()) {
+    if (prepare) {
+        prepare(path());
+    }
     std::ofstream(path() / "host.toml") << "[folders]\nmedia = \"" << (path() / "media").string() << "\"\n";
     engine::EngineOptions options;
     options.home = path();

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -54,6 +55,7 @@ public:
     zq::panel::RepositoryDesk& desk() { return *desks_.front(); }
     zq::panel::Purchases& purchases() { return *purchases_; }
     zq::panel::GivenLinks& links() { return links_; }
+    zq::panel::PanelMemory& memory() { return memory_; }
     // Waits for what was posted to the desk.
     void flush();
     // All events so far, as they are sent.
@@ -62,14 +64,16 @@ public:
     // Ends the desks, so that nothing runs any more.
     void end() { desk().end(); }
 
-    zq::panel::Purchases::Clock::time_point now{};
+    zq::panel::Purchases::Clock::time_point now{}; // the calendar shows the same time
 
 private:
     zq::AnswerWatch answers_;
     zq::panel::EventHub events_;
     zq::panel::GivenLinks links_;
+    zq::panel::PanelMemory memory_;
+    zq::panel::Baskets baskets_{events_, memory_};
+    zq::OrderBook orders_;
     std::vector<std::unique_ptr<zq::panel::RepositoryDesk>> desks_;
-    zq::panel::Baskets baskets_{events_};
     std::unique_ptr<zq::panel::Purchases> purchases_;
     zq::panel::Fetches fetches_;
     zq::panel::PanelSettings settings_;
@@ -83,7 +87,8 @@ private:
 // A temporary home with an engine in it.
 class EngineHome {
 public:
-    EngineHome();
+    // What is to be in the home before the engine starts is put there by `prepare`.
+    explicit EngineHome(std::function<void(std::filesystem::path const& home)> const& prepare = {});
     ~EngineHome();
     [[nodiscard]] engine::Engine& engine() { return *engine_; }
     [[nodiscard]] std::filesystem::path const& path() const;

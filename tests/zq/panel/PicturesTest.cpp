@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <chrono>
 #include <fstream>
 #include <latch>
 #include <semaphore>
@@ -20,7 +21,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::SizeIs;
-using testing::UnorderedElementsAre;
 using zq::panel::Picture;
 using zq::panel::Pictures;
 
@@ -48,6 +48,25 @@ protected:
     Pictures::Prefetch delivering() {
         return [this](auto const& addresses, iCacheStore& store) { deliver(addresses, store); };
     }
+    // Has those that begin with "not".
+    Pictures::FetchOne oneByOne() {
+        return [this](WideString const& address) {
+            std::lock_guard const lock(mutex_);
+            single_.push_back(address);
+            if (address.startsWith(L"not")) {
+                static_cast<void>(cache_.store(address, png.data(), png.size()));
+            }
+        };
+    }
+    // However long it takes.
+    static std::optional<Picture> get(Pictures& pictures, WideString const& address) {
+        return pictures.get(address, std::chrono::hours(1)).picture;
+    }
+    void awaitCalls(std::size_t count) {
+        while (calls().size() < count) {
+            std::this_thread::yield();
+        }
+    }
     std::vector<std::vector<WideString>> calls() {
         std::lock_guard const lock(mutex_);
         return calls_;
@@ -57,6 +76,7 @@ protected:
     engine::DiskCache cache_{folder_.path() / "cache", 1 << 20};
     std::mutex mutex_;
     std::vector<std::vector<WideString>> calls_;
+    std::vector<WideString> single_;
 
 private:
     HostServices services() {
@@ -88,32 +108,152 @@ TEST_F(GatheredPictures, OnlyJPEGAndPNGArePictures) {
 
 TEST_F(GatheredPictures, WhatTheCacheHasIsNotFetched) {
     static_cast<void>(cache_.store(L"a", png.data(), png.size()));
-    Pictures pictures(delivering(), cache_);
-    std::optional<Picture> const picture = pictures.get(L"a");
+    Pictures pictures(delivering(), oneByOne(), cache_);
+    std::optional<Picture> const picture = get(pictures, L"a");
     ASSERT_TRUE(picture);
     EXPECT_STREQ(picture->type, "image/png");
     EXPECT_THAT(calls(), SizeIs(0));
 }
 
-TEST_F(GatheredPictures, APageGoesOutInOneCall) {
-    Pictures pictures(delivering(), cache_);
-    pictures.want({L"a", L"b", L"", L"c", L"a"});
-    EXPECT_TRUE(pictures.get(L"c"));
-    EXPECT_THAT(calls(),
-                ElementsAre(UnorderedElementsAre(WideString(L"a"), WideString(L"b"), WideString(L"c"))));
+TEST_F(GatheredPictures, AFewGoOutInOneCall) {
+    Pictures pictures(delivering(), oneByOne(), cache_);
+    pictures.want("one", {L"a", L"b", L"", L"c", L"a"});
+    awaitCalls(1);
+    EXPECT_THAT(calls(), ElementsAre(ElementsAre(WideString(L"a"), WideString(L"b"), WideString(L"c"))));
+}
+
+TEST_F(GatheredPictures, NoMoreGoOutTogetherThanOneThatStallsMayHoldUp) {
+    std::vector<WideString> page;
+    for (wchar_t letter = L'a'; letter <= L'z'; ++letter) {
+        page.emplace_back(std::wstring(1, letter).c_str());
+    }
+    {
+        Pictures pictures(delivering(), oneByOne(), cache_);
+        pictures.want("one", page);
+        for (WideString const& address : page) {
+            EXPECT_TRUE(get(pictures, address));
+        }
+    }
+    for (std::vector<WideString> const& call : calls()) {
+        EXPECT_LE(call.size(), Pictures::mostTogether);
+    }
+}
+
+// Until it ends, or the test opens the gate, no address that begins with "slow" arrives.
+class StalledPictures : public GatheredPictures {
+protected:
+    Pictures::Prefetch stalling() {
+        return [this](std::vector<WideString> const& addresses, iCacheStore& store) {
+            std::vector<WideString> quick;
+            std::vector<WideString> slow;
+            for (WideString const& address : addresses) {
+                (address.startsWith(L"slow") ? slow : quick).push_back(address);
+            }
+            if (!quick.empty()) {
+                deliver(quick, store);
+            }
+            if (!slow.empty()) {
+                ++stalled_;
+                while (!isOpen_ && !engine::isTaskCancelled()) {
+                    std::this_thread::yield();
+                }
+                if (isOpen_) {
+                    deliver(slow, store);
+                }
+            }
+        };
+    }
+    static std::vector<WideString> slowOnes(int count) {
+        std::vector<WideString> all;
+        for (int i = 0; i < count; ++i) {
+            all.push_back(zq::wide("slow " + std::to_string(i)));
+        }
+        return all;
+    }
+    void awaitStalled(int count) {
+        while (stalled_ < count) {
+            std::this_thread::yield();
+        }
+    }
+    std::atomic<int> stalled_{0}; // calls
+    std::atomic<bool> isOpen_{false};
+};
+
+TEST_F(StalledPictures, OneThatARequestWaitsForPassesAllThatAreOnlyWanted) {
+    Pictures pictures(stalling(), oneByOne(), cache_);
+    pictures.want("one", slowOnes(100));
+    awaitStalled(2);
+    pictures.want("one", {L"quick"});
+    EXPECT_TRUE(get(pictures, L"quick")) << "while nothing of what is fetched ahead moves";
+    EXPECT_TRUE(get(pictures, L"quick, and never wanted"));
+}
+
+TEST_F(StalledPictures, WhatItsAskerLooksAtNoLongerIsNotFetched) {
+    Pictures pictures(stalling(), oneByOne(), cache_);
+    pictures.want("one", slowOnes(12));
+    awaitStalled(2);
+    pictures.want("one", {L"of the search before"});
+    pictures.want("two", {L"of another page"});
+    pictures.forget("one");
+    isOpen_ = true;
+    awaitCalls(3); // what stalled, and what comes behind it
+    EXPECT_THAT(calls(), testing::Contains(ElementsAre(WideString(L"of another page"))));
+    EXPECT_TRUE(get(pictures, L"of the search before")) << "it can be had all the same";
+}
+
+TEST_F(StalledPictures, OneThatIsLateIsSaidToBeAndIsFetchedOnce) {
+    Pictures pictures(stalling(), oneByOne(), cache_);
+    for (int i = 0; i < 3; ++i) {
+        Pictures::Answer const answer = pictures.get(L"slow", std::chrono::milliseconds(0));
+        EXPECT_TRUE(answer.isLate);
+        EXPECT_FALSE(answer.picture);
+    }
+    isOpen_ = true;
+    EXPECT_TRUE(get(pictures, L"slow"));
+    EXPECT_THAT(calls(), SizeIs(1));
+}
+
+TEST_F(StalledPictures, OneThatIsLateAndThenCannotBeHadIsSaidToBeNoneOnce) {
+    Pictures pictures(
+        [this](std::vector<WideString> const& addresses, iCacheStore& store) {
+            stalling()(slowOnes(1), store);
+            deliver(addresses, store);
+        },
+        oneByOne(), cache_);
+    EXPECT_TRUE(pictures.get(L"none", std::chrono::milliseconds(0)).isLate);
+    isOpen_ = true;
+    Pictures::Answer answer;
+    do {
+        answer = pictures.get(L"none", std::chrono::milliseconds(0));
+    } while (answer.isLate);
+    EXPECT_FALSE(answer.picture);
+    EXPECT_THAT(single_, ElementsAre(WideString(L"none"))) << "it was not fetched anew for that";
+    EXPECT_FALSE(get(pictures, L"none"));
+    EXPECT_THAT(single_, SizeIs(2));
 }
 
 TEST_F(GatheredPictures, OneThatCannotBeHadIsNoneAndIsAskedForAgain) {
-    Pictures pictures(delivering(), cache_);
-    EXPECT_FALSE(pictures.get(L"none"));
-    EXPECT_FALSE(pictures.get(L"none"));
+    Pictures pictures(delivering(), oneByOne(), cache_);
+    EXPECT_FALSE(get(pictures, L"none"));
+    EXPECT_FALSE(get(pictures, L"none"));
     EXPECT_THAT(calls(), SizeIs(2));
+}
+
+TEST_F(GatheredPictures, WhatDoesNotComeSideBySideIsFetchedByItselfOnceSomebodyLooksAtIt) {
+    Pictures pictures(delivering(), oneByOne(), cache_);
+    pictures.want("one", {L"a", L"not side by side"});
+    EXPECT_TRUE(get(pictures, L"a"));
+    EXPECT_THAT(single_, SizeIs(0));
+    std::optional<Picture> const picture = get(pictures, L"not side by side");
+    ASSERT_TRUE(picture);
+    EXPECT_STREQ(picture->type, "image/png");
+    EXPECT_THAT(single_, ElementsAre(WideString(L"not side by side")));
 }
 
 TEST_F(GatheredPictures, WhatIsNoPictureInTheCacheIsFetchedAnew) {
     static_cast<void>(cache_.store(L"a", "<html>", 6));
-    Pictures pictures(delivering(), cache_);
-    EXPECT_TRUE(pictures.get(L"a"));
+    Pictures pictures(delivering(), oneByOne(), cache_);
+    EXPECT_TRUE(get(pictures, L"a"));
 }
 
 TEST_F(GatheredPictures, AFetchThatThrowsLeavesTheOthersToGoOn) {
@@ -125,9 +265,9 @@ TEST_F(GatheredPictures, AFetchThatThrowsLeavesTheOthersToGoOn) {
             }
             deliver(addresses, store);
         },
-        cache_);
-    EXPECT_FALSE(pictures.get(L"a"));
-    EXPECT_TRUE(pictures.get(L"a"));
+        oneByOne(), cache_);
+    EXPECT_FALSE(get(pictures, L"a"));
+    EXPECT_TRUE(get(pictures, L"a"));
 }
 
 TEST_F(GatheredPictures, ARequestWaitsForItsOwnPictureAlone) {
@@ -138,21 +278,21 @@ TEST_F(GatheredPictures, ARequestWaitsForItsOwnPictureAlone) {
             goOn.acquire();
             deliver(addresses, store);
         },
-        cache_);
-    pictures.want({L"first", L"second"});
-    EXPECT_TRUE(pictures.get(L"first")) << "the call that brings the second one still runs";
+        oneByOne(), cache_);
+    pictures.want("one", {L"first", L"second"});
+    EXPECT_TRUE(get(pictures, L"first")) << "the call that brings the second one still runs";
     goOn.release();
-    EXPECT_TRUE(pictures.get(L"second"));
+    EXPECT_TRUE(get(pictures, L"second"));
 }
 
 TEST_F(GatheredPictures, ManyRequestsForTheSamePicturesFetchEachOnce) {
-    Pictures pictures(delivering(), cache_);
+    Pictures pictures(delivering(), oneByOne(), cache_);
     std::vector<std::thread> all;
     std::atomic<int> had{0};
     for (int i = 0; i < 8; ++i) {
         all.emplace_back([&] {
             for (wchar_t const* address : {L"a", L"b", L"c", L"d"}) {
-                had += pictures.get(address) ? 1 : 0;
+                had += get(pictures, address) ? 1 : 0;
             }
         });
     }
@@ -172,11 +312,11 @@ TEST_F(GatheredPictures, ACancelledRequestWaitsNoLongerAndTheEndCancelsWhatRuns)
                     std::this_thread::yield();
                 }
             },
-            cache_);
+            oneByOne(), cache_);
         engine::TaskState state;
         std::thread request([&] {
             engine::ScopedTask const task(state);
-            EXPECT_FALSE(pictures.get(L"a"));
+            EXPECT_FALSE(get(pictures, L"a"));
         });
         running.wait();
         state.cancel();

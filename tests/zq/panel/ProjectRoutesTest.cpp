@@ -110,6 +110,11 @@ TEST_F(PanelProject, MovesTrimsRemovesAndTakesStepsBack) {
     auto const undone = panel_.json("POST", "/project/undo");
     EXPECT_THAT(text(undone, "text"), HasSubstr("removing"));
     EXPECT_EQ(text(child(undone, "project"), "redo"), text(undone, "text"));
+    auto const step = child(child(undone, "project"), "redoStep");
+    EXPECT_EQ(text(step, "kind"), "removing");
+    EXPECT_EQ(text(step, "clip"), "one");
+    EXPECT_EQ(text(step, "sequence"), "cut");
+    EXPECT_EQ(text(child(child(undone, "project"), "undoStep"), "kind"), "trimming");
     EXPECT_THAT(clips(), ElementsAre("2", "1"));
     static_cast<void>(panel_.json("POST", "/project/redo"));
     EXPECT_THAT(clips(), ElementsAre("2"));
@@ -149,6 +154,29 @@ TEST_F(PanelProject, RefusesWhatHasNoMeaning) {
     EXPECT_THAT(clips(), ElementsAre("1"));
 }
 
+TEST_F(PanelProject, CountsPositionsAsTheRequestDoes) {
+    auto const textOfRefusal = [this](std::string const& method, std::vector<std::string> parts,
+                                      std::string const& what) -> std::string {
+        try {
+            static_cast<void>(panel_.call(method,
+                                          parts.size() == 1 ? "/sequences/{sequence}/pieces"
+                                                            : "/sequences/{sequence}/pieces/{piece}",
+                                          parts, {}, what));
+        } catch (zq::panel::ApiError const& error) {
+            return error.what();
+        }
+        return "none";
+    };
+    EXPECT_EQ(textOfRefusal("POST", {"cut"}, body("1", R"(,"at":1)")), "\"at\" can only be 0");
+    static_cast<void>(place("1"));
+    EXPECT_EQ(textOfRefusal("POST", {"cut"}, body("2", R"(,"at":2)")), "\"at\" goes from 0 to 1");
+    EXPECT_EQ(textOfRefusal("PATCH", {"cut", pieceAt(0)}, R"({"at":1})"), "\"at\" can only be 0");
+    static_cast<void>(place("2", R"(,"at":1)"));
+    EXPECT_EQ(textOfRefusal("PATCH", {"cut", pieceAt(0)}, R"({"at":2})"), "\"at\" goes from 0 to 1");
+    EXPECT_EQ(textOfRefusal("PATCH", {"cut", pieceAt(0)}, R"({"at":1})"), "none");
+    EXPECT_THAT(clips(), ElementsAre("2", "1"));
+}
+
 TEST_F(PanelProject, SaysWhichFilesAreThere) {
     static_cast<void>(place("1"));
     engine::Project& project = home_.engine().project();
@@ -159,7 +187,8 @@ TEST_F(PanelProject, SaysWhichFilesAreThere) {
     ASSERT_TRUE(relinked) << relinked.error();
     auto const piece = item(cut(), "pieces", 0);
     EXPECT_EQ(text(piece, "state"), "full");
-    EXPECT_EQ(texts(piece, "differences").size(), relinked->differences.size());
+    EXPECT_EQ(child(piece, "differences")->getNumChildren(), relinked->differences.size());
+    EXPECT_EQ(text(item(piece, "differences", 0), "found"), relinked->differences.at(0).found);
     fs::remove(film);
     EXPECT_EQ(text(item(cut(), "pieces", 0), "state"), "missing");
 }
@@ -169,12 +198,14 @@ TEST_F(PanelProject, ReportsWhatASequenceCosts) {
         static_cast<void>(place(clip));
     }
     auto const open = panel_.json("GET", "/sequences/{sequence}/usage", {"cut"});
-    EXPECT_EQ(text(open, "total"), "$12.50");
+    EXPECT_EQ(text(open, "totalText"), "$12.50");
+    EXPECT_FLOAT_EQ(open->getFloat("total", 0), 12.5F);
     EXPECT_EQ(open->getInt("clipsToBuy", 0), 3);
     EXPECT_EQ(open->getInt("clipsWithoutPrice", 0), 1);
     EXPECT_FALSE(open->getBool("ownershipKnown", true));
-    EXPECT_EQ(text(item(open, "uses", 0), "ownership"), "unknown");
-    EXPECT_FLOAT_EQ(item(open, "uses", 1)->getFloat("start", 0), 2.0F);
+    EXPECT_EQ(text(item(open, "uses", 0), "owned"), "unknown");
+    EXPECT_EQ(text(item(open, "uses", 1), "recordIn"), "00:00:02:00");
+    EXPECT_EQ(item(open, "uses", 1)->getInt("start", 0), 50) << "in frames, as the command line has it";
 
     repository_->signedInUser = L"ada";
     repository_->onOwned = [](auto&) {
@@ -182,9 +213,33 @@ TEST_F(PanelProject, ReportsWhatASequenceCosts) {
     };
     auto const known = panel_.json("GET", "/sequences/{sequence}/usage", {"cut"});
     EXPECT_TRUE(known->getBool("ownershipKnown", false));
-    EXPECT_EQ(text(known, "total"), "$5");
-    EXPECT_EQ(text(item(known, "uses", 1), "ownership"), "owned");
+    EXPECT_EQ(text(known, "totalText"), "$5");
+    EXPECT_EQ(text(item(known, "uses", 1), "owned"), "owned");
     EXPECT_EQ(panel_.failureOf("GET", "/sequences/{sequence}/usage", {"other"}), "not_found");
+}
+
+TEST_F(PanelProject, ReportsUnderWhoseTermsClipsAreUsedAndWhatIsOfNobodyHere) {
+    repository_->description.legalNotice = L"Clips of this shelf, &lt;as is&gt;";
+    repository_->signedInUser = L"ada";
+    static_cast<void>(place("1"));
+    engine::Project& project = home_.engine().project();
+    EditModifier edit(project.makeNewClip(1, 0, 1.0, Zq::FrameRate::f25, Cookie()));
+    edit->setTemporary(false);
+    project.associate(edit->getCookie(), L"XX", L"77");
+    ASSERT_TRUE(project.place("cut", edit->getCookie(), {}, {}));
+    auto const usage = panel_.json("GET", "/sequences/{sequence}/usage", {"cut"});
+    EXPECT_EQ(child(usage, "uses")->getNumChildren(), 1);
+    EXPECT_EQ(text(item(usage, "uses", 0), "repository"), "SH");
+    EXPECT_EQ(child(usage, "repositories")->getNumChildren(), 1);
+    auto const licensor = item(usage, "repositories", 0);
+    EXPECT_EQ(text(licensor, "shortName"), "SH");
+    EXPECT_EQ(text(licensor, "user"), "ada");
+    EXPECT_EQ(text(licensor, "legalNotice"), "Clips of this shelf, <as is>");
+    ASSERT_EQ(child(usage, "others")->getNumChildren(), 1);
+    EXPECT_EQ(text(item(usage, "others", 0), "recordIn"), "00:00:02:00");
+    auto const csv = panel_.call("GET", "/sequences/{sequence}/usage", {"cut"}, {{"format", "csv"}});
+    EXPECT_THAT(csv.body, HasSubstr("ada,\"Clips of this shelf, <as is>\"\r\n"));
+    EXPECT_THAT(csv.body, HasSubstr(",00:00:02:00,00:00:03:00,unknown,,,,\r\n")) << "none is left out";
 }
 
 TEST_F(PanelProject, GivesTheReportAsAFile) {
@@ -192,9 +247,10 @@ TEST_F(PanelProject, GivesTheReportAsAFile) {
     auto const csv = panel_.call("GET", "/sequences/{sequence}/usage", {"cut"}, {{"format", "csv"}});
     EXPECT_EQ(csv.saveAs, "cut usage.csv");
     EXPECT_EQ(csv.type, "text/csv; charset=utf-8");
-    EXPECT_EQ(csv.body, "repository,clip,name,source in,source out,record in,record out,owned,price\r\n"
+    EXPECT_EQ(csv.body, "repository,clip,name,source in,source out,record in,record out,owned,price,"
+                        "licensor,account,legal notice\r\n"
                         "SH,2,\"two, \"\"the\"\" second\",00:00:00:00,00:00:02:00,00:00:00:00,00:00:02:00,"
-                        "unknown,$7.50\r\n");
+                        "unknown,$7.50,,,\r\n");
     auto const json = panel_.call("GET", "/sequences/{sequence}/usage", {"cut"}, {{"format", "json"}});
     EXPECT_EQ(json.saveAs, "cut usage.json");
     EXPECT_EQ(text(parsed(json.body), "sequence"), "cut");
@@ -211,11 +267,89 @@ TEST_F(PanelProject, LeavesForOtherEditorsWithWarningsBeforehand) {
         auto const check =
             panel_.call("GET", "/sequences/{sequence}/export", {"cut"}, {{"format", format}, {"check", "1"}});
         EXPECT_EQ(check.saveAs, "");
-        EXPECT_FALSE(texts(parsed(check.body), "warnings").empty()) << format;
+        EXPECT_EQ(text(item(parsed(check.body), "warnings", 0), "kind"), "preview") << format;
+        EXPECT_EQ(text(item(parsed(check.body), "warnings", 0), "clip"), "one") << format;
     }
     EXPECT_EQ(panel_.failureOf("GET", "/sequences/{sequence}/export", {"cut"}), "bad_request");
     EXPECT_EQ(panel_.failureOf("GET", "/sequences/{sequence}/export", {"no"}, "{}", {{"format", "edl"}}),
               "not_found");
+}
+
+// The project of a panel that was started while another program worked on it.
+class PanelBehindAnother : public testing::Test {
+protected:
+    PanelBehindAnother() { place("theirs"); }
+    // As the other program does.
+    void place(std::string const& sequence) {
+        EditModifier const edit(other_->makeNewClip(1, 0, 2.0, Zq::FrameRate::f25, Cookie()));
+        other_->associate(edit->getCookie(), L"SH", L"1");
+        auto const placed = other_->place(sequence, edit->getCookie(), std::nullopt, std::nullopt);
+        ASSERT_TRUE(placed) << placed.error();
+    }
+    std::string placing() {
+        try {
+            static_cast<void>(panel_.call("POST", "/sequences/{sequence}/pieces", {"cut"}, {},
+                                          R"({"repository":"SH","clip":"1"})"));
+        } catch (zq::panel::ApiError const& error) {
+            EXPECT_EQ(error.code(), zq::panel::ErrorCode::conflict);
+            return error.what();
+        }
+        return "none";
+    }
+
+    std::unique_ptr<engine::Project> other_;
+    EngineHome home_{[this](fs::path const& home) {
+        auto opened = engine::Project::open(home / "project.sqlite", nullptr);
+        ASSERT_TRUE(opened) << opened.error();
+        other_ = std::move(*opened);
+    }};
+    Zq::Ptr<ShelfRepository> const repository_ = Zq::makeShared<ShelfRepository>();
+    WholePanel panel_{
+        home_.engine(), {repository_.get()}, [] { return std::vector<engine::ServerStatistics>(); }};
+};
+
+TEST_F(PanelBehindAnother, CanOnlyBeLookedAt) {
+    auto const project = panel_.json("GET", "/project");
+    EXPECT_FALSE(project->getBool("writable", true));
+    EXPECT_THAT(texts(project, "sequences"), ElementsAre("theirs"));
+    auto const pieces = panel_.json("GET", "/sequences/{sequence}", {"theirs"});
+    ASSERT_EQ(child(pieces, "pieces")->getNumChildren(), 1);
+    std::string const text =
+        "another program works on this project: until that ends it can only be looked at";
+    EXPECT_EQ(placing(), text);
+    std::string const piece = std::to_string(item(pieces, "pieces", 0)->getInt("piece", 0));
+    EXPECT_EQ(
+        panel_.failureOf("PATCH", "/sequences/{sequence}/pieces/{piece}", {"theirs", piece}, R"({"out":1})"),
+        "conflict");
+    EXPECT_EQ(panel_.failureOf("DELETE", "/sequences/{sequence}/pieces/{piece}", {"theirs", piece}),
+              "conflict");
+    EXPECT_EQ(panel_.failureOf("POST", "/project/undo"), "conflict");
+    EXPECT_EQ(other_->sequence("theirs")->placements.size(), 1U);
+}
+
+TEST_F(PanelBehindAnother, ItsChangesAreToldToThePages) {
+    place("more");
+    auto const told = panel_.awaitEvent(
+        "project", [](auto const& project) { return texts(project, "sequences").size() == 2; });
+    EXPECT_FALSE(told->getBool("writable", true));
+    ASSERT_TRUE(other_->undo());
+    panel_.awaitEvent("project", [](auto const& project) { return texts(project, "sequences").size() == 1; });
+}
+
+TEST_F(PanelBehindAnother, WhenThatEndsThePagesAreToldAndCanChangeIt) {
+    EXPECT_FALSE(panel_.json("GET", "/project")->getBool("writable", true));
+    other_.reset();
+    panel_.awaitEvent("project", [](auto const& project) { return project->getBool("writable", false); });
+    EXPECT_EQ(placing(), "none");
+}
+
+TEST(PanelEvents, TellWhetherSomebodyListens) {
+    zq::panel::EventHub events;
+    EXPECT_FALSE(events.isHeard());
+    std::shared_ptr<zq::panel::LiveText> page = events.listen(0);
+    EXPECT_TRUE(events.isHeard());
+    page.reset();
+    EXPECT_FALSE(events.isHeard()) << "nothing is looked for then";
 }
 
 TEST(PlainFileName, HasNothingThatASystemTakesForAPlace) {
@@ -224,6 +358,18 @@ TEST(PlainFileName, HasNothingThatASystemTakesForAPlace) {
     EXPECT_EQ(plainFileName("", "edl"), "sequence.edl");
     EXPECT_EQ(plainFileName("..", "edl"), "sequence.edl");
     EXPECT_EQ(plainFileName(std::string(119, 'a') + "é", "mlt"), std::string(119, 'a') + ".mlt");
+}
+
+TEST(PlainFileName, HasNoMarkThatMakesItLookLikeAnother) {
+    using zq::panel::plainFileName;
+    EXPECT_EQ(plainFileName("cut \u202etlm.exe", "edl"), "cut _tlm.exe.edl");
+    for (std::string const mark :
+         {"\u061c", "\u200e", "\u200f", "\u2028", "\u2029", "\u0085", "\u202a", "\u202b", "\u202c", "\u202d",
+          "\u202e", "\u2066", "\u2067", "\u2068", "\u2069"}) {
+        EXPECT_EQ(plainFileName("a" + mark + "b" + mark, "edl"), "a_b_.edl");
+    }
+    EXPECT_EQ(plainFileName("\u2027\u2030 \u05e9\u05dc\u05d5\u05dd \u30ab", "edl"),
+              "\u2027\u2030 \u05e9\u05dc\u05d5\u05dd \u30ab.edl");
 }
 
 } // namespace

@@ -1,13 +1,11 @@
 // Purchases: sent once, told truly, watched until their end is known.
 
-#include "tests/zq/panel/PanelFixture.h"
+#include "tests/zq/panel/BuyingFixture.h"
 
 #include <atomic>
 #include <semaphore>
 #include <thread>
 
-#include "apps/zq/Text.h"
-#include "apps/zq/panel/Purchases.h"
 #include "host/os/OS.h"
 #include "host/os/iShell.h"
 
@@ -18,69 +16,6 @@ using namespace zq::panel;
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-class Buying : public testing::Test {
-protected:
-    Buying() {
-        repository_->signedInUser = L"ada";
-        repository_->onPurchase = [this](ShelfRepository&, LightweightVector<RemoteAsset> const& assets,
-                                         bool byPage) {
-            sent_.push_back((byPage ? "page" : "credits") + std::string(":") + idsOf(assets));
-            network_.bytesSent += 100;
-            ++network_.requests;
-            return answer_();
-        };
-        repository_->onOwned = [this](ShelfRepository&) {
-            if (offline_) {
-                ++network_.failures;
-            }
-            return offline_ ? LightweightVector<RemoteAsset>() : owned_;
-        };
-    }
-    static std::string idsOf(LightweightVector<RemoteAsset> const& assets) {
-        std::string all;
-        for (RemoteAsset const& asset : assets) {
-            all += " " + zq::utf8(asset.id);
-        }
-        return all;
-    }
-    Zq::Ptr<JSON::Element> buy(std::string const& key, std::string const& clips,
-                               std::string const& payment = "credits") {
-        return handlers_.json("POST", "/purchases", {}, {}, order(key, clips, payment));
-    }
-    static std::string order(std::string const& key, std::string const& clips, std::string const& payment) {
-        return "{\"key\":\"" + key + "\",\"clips\":[" + clips + "],\"payment\":\"" + payment + "\"}";
-    }
-    std::string failure(std::string const& body) {
-        return handlers_.failureOf("POST", "/purchases", {}, {}, body);
-    }
-    // The purchase as the list tells it.
-    Zq::Ptr<JSON::Element> listed(std::uint16_t index = 0) {
-        return item(handlers_.json("GET", "/purchases"), "purchases", index);
-    }
-    // The service carries it out or not; its answer is lost in any case.
-    std::int32_t losesAnswer() {
-        ++network_.failures;
-        network_.lastError = "closed";
-        return 0;
-    }
-    void own(char const* id) { owned_.push_back(ShelfRepository::clip(id, id, "")); }
-    // So much time passes, with looks at what is due.
-    void pass(std::chrono::seconds time) {
-        handlers_.now += time;
-        handlers_.purchases().lookAtDue();
-        handlers_.flush();
-    }
-
-    EngineHome home_;
-    Zq::Ptr<ShelfRepository> const repository_ = Zq::makeShared<ShelfRepository>();
-    engine::ServerStatistics network_{.server = "https://shelf.example", .lastError = {}};
-    std::function<std::int32_t()> answer_ = [] { return 2; };
-    std::vector<std::string> sent_;
-    LightweightVector<RemoteAsset> owned_;
-    bool offline_ = false;
-    Handlers handlers_{home_.engine(), *repository_, [this] { return std::vector{network_}; }};
-};
 
 TEST_F(Buying, OneThatTheServiceCarriesOutIsDone) {
     own("1");
@@ -94,11 +29,146 @@ TEST_F(Buying, OneThatTheServiceCarriesOutIsDone) {
     EXPECT_EQ(purchase->getInt("code", -1), 2);
     EXPECT_EQ(text(purchase, "text"), "bought 2 clips with credits");
     EXPECT_EQ(text(purchase, "page"), "");
-    handlers_.flush();
+    EXPECT_EQ(text(purchase, "user"), "ada");
+    EXPECT_EQ(purchase->getInt("time", -1), 0);
+    handlers_->flush();
     EXPECT_EQ(repository_->ownedReads, 1) << "the clips are marked as owned from now on";
-    EXPECT_EQ(handlers_.countEvents("purchase"), 2U);
-    EXPECT_THAT(handlers_.events(), HasSubstr("\"state\":\"running\""));
-    EXPECT_THAT(handlers_.events(), HasSubstr("\"state\":\"done\""));
+    EXPECT_EQ(handlers_->countEvents("purchase"), 2U);
+    EXPECT_THAT(handlers_->events(), HasSubstr("\"state\":\"running\""));
+    EXPECT_THAT(handlers_->events(), HasSubstr("\"state\":\"done\""));
+}
+
+TEST_F(Buying, WhatTheServiceSaysIsBoughtIsOwnedAndNotBoughtAgainBeforeItsListCanBeRead) {
+    offline_ = true;
+    EXPECT_EQ(text(buy("k", "\"1\""), "state"), "done");
+    handlers_->flush();
+    EXPECT_EQ(repository_->ownedReads, 1);
+    EXPECT_EQ(text(listed(), "state"), "done");
+    auto const basket = handlers_->json("PUT", "/basket", {}, {}, R"({"clips":["1","2"]})");
+    EXPECT_TRUE(item(basket, "clips", 0)->getBool("owned", false));
+    EXPECT_FALSE(item(basket, "clips", 1)->getBool("owned", true));
+    EXPECT_EQ(failure(order("l", "\"2\",\"1\"")), "conflict");
+    EXPECT_EQ(sent_.size(), 1U);
+    own("1");
+    offline_ = false;
+    pass(2s);
+    EXPECT_EQ(repository_->ownedReads, 2) << "it is read again with the rhythm of the watch";
+    EXPECT_EQ(text(listed(), "text"), "bought 1 clip with credits");
+    pass(1h);
+    EXPECT_EQ(repository_->ownedReads, 2) << "and no more once it has the clips";
+}
+
+TEST_F(Buying, AListThatNeverHasWhatWasBoughtIsBelievedAfterHalfAnHour) {
+    EXPECT_EQ(text(buy("k", "\"1\""), "state"), "done");
+    handlers_->flush();
+    EXPECT_EQ(failure(order("l", "\"1\"")), "conflict") << "a list may come late";
+    EXPECT_TRUE(item(handlers_->json("PUT", "/basket", {}, {}, R"({"clips":["1"]})"), "clips", 0)
+                    ->getBool("owned", false));
+    pass(30min);
+    EXPECT_EQ(text(listed(), "state"), "done");
+    EXPECT_THAT(text(listed(), "text"), HasSubstr("the list of owned clips does not have them"));
+    EXPECT_FALSE(item(handlers_->json("GET", "/basket"), "clips", 0)->getBool("owned", true));
+    EXPECT_EQ(text(buy("m", "\"1\""), "state"), "done") << "as whoever has read that asks for it";
+}
+
+TEST_F(Buying, TheTotalOfTheBasketIsWhatCanBeBoughtNow) {
+    repository_->onSearch = [](SearchQuery const&) {
+        SearchResults found;
+        found.assets = {ShelfRepository::clip("1", "one", "$9"), ShelfRepository::clip("2", "two", "$19"),
+                        ShelfRepository::clip("3", "three", "")};
+        found.totalCount = 3;
+        found.pageCount = 1;
+        return found;
+    };
+    static_cast<void>(handlers_->call("GET", "/search"));
+    auto basket = handlers_->json("PUT", "/basket", {}, {}, R"({"clips":["1","2","3"]})");
+    EXPECT_EQ(text(basket, "total"), "$28");
+    EXPECT_EQ(basket->getInt("clipsToBuy", -1), 3);
+    EXPECT_EQ(basket->getInt("unpriced", -1), 1);
+    answer_ = [this] { return losesAnswer(); };
+    static_cast<void>(buy("k", "\"2\",\"3\""));
+    basket = handlers_->json("GET", "/basket");
+    EXPECT_EQ(text(basket, "total"), "$9");
+    EXPECT_EQ(basket->getInt("clipsToBuy", -1), 1);
+    EXPECT_EQ(basket->getInt("unpriced", -1), 0);
+    EXPECT_FALSE(item(basket, "clips", 0)->getBool("undecided", true));
+    EXPECT_TRUE(item(basket, "clips", 1)->getBool("undecided", false));
+    signInAs(L"bob");
+    EXPECT_EQ(text(handlers_->json("GET", "/basket"), "total"), "$28") << "the doubt is another account's";
+    signInAs(L"ada");
+    pass(30min);
+    EXPECT_EQ(text(handlers_->json("GET", "/basket"), "total"), "$28") << "nothing was bought";
+}
+
+TEST_F(Buying, ASignInHasTheListTell) {
+    answer_ = [this] { return losesAnswer(); };
+    static_cast<void>(buy("k", "\"1\""));
+    signInAs(L"");
+    own("1");
+    pass(1h);
+    EXPECT_EQ(repository_->ownedReads, 0) << "nobody is signed in";
+    EXPECT_EQ(text(listed(), "state"), "doubtful");
+    static_cast<void>(handlers_->call("POST", "/login", {}, {}, R"({"values":{"username":"ada"}})"));
+    handlers_->flush();
+    EXPECT_EQ(text(listed(), "state"), "done");
+}
+
+TEST_F(Buying, WhatIsOwnedIsNotBought) {
+    own("1");
+    static_cast<void>(handlers_->call("GET", "/owned"));
+    EXPECT_EQ(failure(order("k", "\"2\",\"1\"")), "conflict");
+    EXPECT_TRUE(sent_.empty());
+    EXPECT_EQ(text(buy("k", "\"2\""), "state"), "done");
+}
+
+TEST_F(Buying, AWithdrawnOrderIsNotSentWhenItArrivesAfterAll) {
+    auto const withdrawn = handlers_->json("DELETE", "/purchases/{key}", {"k"});
+    EXPECT_EQ(text(withdrawn, "state"), "refused");
+    EXPECT_EQ(text(withdrawn, "key"), "k");
+    EXPECT_EQ(countListed(), 0) << "there was no order";
+    EXPECT_EQ(text(buy("k", "\"1\""), "state"), "refused");
+    EXPECT_EQ(text(buy("k", "\"1\""), "state"), "refused");
+    EXPECT_TRUE(sent_.empty());
+    EXPECT_EQ(text(buy("l", "\"1\""), "state"), "done");
+}
+
+TEST_F(Buying, AnOrderThatHasArrivedIsNotWithdrawn) {
+    answer_ = [this] { return losesAnswer(); };
+    static_cast<void>(buy("k", "\"1\""));
+    EXPECT_EQ(text(handlers_->json("DELETE", "/purchases/{key}", {"k"}), "state"), "doubtful");
+    EXPECT_EQ(text(listed(), "state"), "doubtful");
+}
+
+TEST_F(Buying, WhatIsBoughtLeavesTheBasket) {
+    static_cast<void>(handlers_->call("PUT", "/basket", {}, {}, R"({"clips":["1","2","3"]})"));
+    EXPECT_EQ(text(buy("k", "\"1\",\"3\""), "state"), "done");
+    auto const basket = handlers_->json("GET", "/basket");
+    ASSERT_EQ(child(basket, "clips")->getNumChildren(), 1);
+    EXPECT_EQ(text(item(basket, "clips", 0), "id"), "2");
+    EXPECT_EQ(handlers_->countEvents("basket"), 2U) << "one for each change";
+}
+
+TEST_F(Buying, WhatTurnsOutToBeBoughtLeavesTheBasketThenAndNotBefore) {
+    static_cast<void>(handlers_->call("PUT", "/basket", {}, {}, R"({"clips":["1","2"]})"));
+    answer_ = [this] { return losesAnswer(); };
+    EXPECT_EQ(text(buy("k", "\"1\""), "state"), "doubtful");
+    pass(2s);
+    EXPECT_EQ(child(handlers_->json("GET", "/basket"), "clips")->getNumChildren(), 2);
+    own("1");
+    own("2");
+    pass(2s);
+    auto const basket = handlers_->json("GET", "/basket");
+    ASSERT_EQ(child(basket, "clips")->getNumChildren(), 1);
+    EXPECT_EQ(text(item(basket, "clips", 0), "id"), "2") << "owned, and nobody bought it here";
+    EXPECT_TRUE(item(basket, "clips", 0)->getBool("owned", false));
+}
+
+TEST_F(Buying, WhatIsRefusedStaysInTheBasket) {
+    static_cast<void>(handlers_->call("PUT", "/basket", {}, {}, R"({"clips":["1"]})"));
+    answer_ = [] { return 3; };
+    EXPECT_EQ(text(buy("k", "\"1\""), "state"), "refused");
+    EXPECT_EQ(child(handlers_->json("GET", "/basket"), "clips")->getNumChildren(), 1);
+    EXPECT_EQ(handlers_->countEvents("basket"), 1U);
 }
 
 TEST_F(Buying, OneThatTheAccountCannotPayIsRefused) {
@@ -145,7 +215,7 @@ TEST_F(Buying, OneWhoseAnswerWasLostIsDoubtfulUntilTheOwnedListHasTheClips) {
     pass(4s);
     EXPECT_EQ(repository_->ownedReads, 3);
     EXPECT_EQ(text(listed(), "state"), "done");
-    EXPECT_EQ(handlers_.countEvents("purchase"), 3U);
+    EXPECT_EQ(handlers_->countEvents("purchase"), 3U);
     pass(1h);
     EXPECT_EQ(repository_->ownedReads, 3) << "its end is known";
 }
@@ -179,20 +249,24 @@ TEST_F(Buying, AListThatCannotBeReadEndsNoDoubt) {
     }
     EXPECT_EQ(text(listed(), "state"), "doubtful");
     EXPECT_EQ(failure(order("l", "\"1\"", "credits")), "conflict");
+    EXPECT_THAT(text(listed(), "trouble"), HasSubstr("no route"));
     offline_ = false;
-    static_cast<void>(handlers_.call("GET", "/owned"));
+    pass(30s);
     EXPECT_EQ(text(listed(), "state"), "refused") << "the next list that is read tells";
+    EXPECT_EQ(text(listed(), "text"), "nothing was bought: the account does not own the clips");
+    EXPECT_EQ(text(listed(), "trouble"), "");
 }
 
 TEST_F(Buying, TheListOfAnotherUserTellsNothing) {
     answer_ = [this] { return losesAnswer(); };
     static_cast<void>(buy("k", "\"1\""));
     own("1");
-    handlers_.desk().ask([this](zq::Session&) { repository_->signedInUser = L"bob"; });
+    handlers_->desk().ask([this](zq::Session&) { repository_->signedInUser = L"bob"; });
     pass(2s);
-    EXPECT_EQ(repository_->ownedReads, 1);
+    EXPECT_EQ(repository_->ownedReads, 0) << "it would be asked for nothing";
+    static_cast<void>(handlers_->call("GET", "/owned"));
     EXPECT_EQ(text(listed(), "state"), "doubtful");
-    handlers_.desk().ask([this](zq::Session&) { repository_->signedInUser = L"ada"; });
+    handlers_->desk().ask([this](zq::Session&) { repository_->signedInUser = L"ada"; });
     pass(2s);
     EXPECT_EQ(text(listed(), "state"), "done");
 }
@@ -253,7 +327,7 @@ TEST_F(Buying, APaymentPageIsOpenedByTheHostAndThePurchaseWaitsForTheOwnedList) 
     EXPECT_THAT(sent_, ElementsAre("page: 1"));
     EXPECT_EQ(text(purchase, "state"), "waiting");
     EXPECT_EQ(text(purchase, "page"), "https://shelf.example/pay/1?a=b");
-    EXPECT_TRUE(handlers_.links().contains("https://shelf.example/pay/1?a=b"));
+    EXPECT_TRUE(handlers_->links().contains("https://shelf.example/pay/1?a=b"));
     EXPECT_EQ(purchase->getInt("code", -1), 2);
     pass(2s);
     EXPECT_EQ(text(listed(), "state"), "waiting");
@@ -270,7 +344,7 @@ TEST_F(Buying, WhatIsPaidAfterTheWatchIsStillFound) {
     EXPECT_EQ(text(listed(), "state"), "refused");
     EXPECT_THAT(text(listed(), "text"), HasSubstr("not paid within half an hour"));
     own("1");
-    static_cast<void>(handlers_.call("GET", "/owned"));
+    static_cast<void>(handlers_->call("GET", "/owned"));
     EXPECT_EQ(text(listed(), "state"), "done");
 }
 
@@ -325,7 +399,7 @@ TEST_F(Buying, AnIdThatIsNoClipsNumberIsRefusedAndNotSent) {
 TEST_F(Buying, APurchaseThatWaitsWhenThePanelEndsIsNotSent) {
     std::binary_semaphore entered(0);
     std::atomic<bool> leave{false};
-    handlers_.desk().post([&](zq::Session&) {
+    handlers_->desk().post([&](zq::Session&) {
         entered.release();
         while (!leave) {
             std::this_thread::yield();
@@ -334,10 +408,10 @@ TEST_F(Buying, APurchaseThatWaitsWhenThePanelEndsIsNotSent) {
     entered.acquire();
     std::string end;
     std::thread buyer([&] { end = failure(order("k", "\"1\"", "credits")); });
-    while (child(handlers_.json("GET", "/purchases"), "purchases")->getNumChildren() == 0) {
+    while (child(handlers_->json("GET", "/purchases"), "purchases")->getNumChildren() == 0) {
         std::this_thread::yield();
     }
-    std::thread ending([&] { handlers_.desk().end(); });
+    std::thread ending([&] { handlers_->desk().end(); });
     buyer.join();
     leave = true;
     ending.join();
@@ -349,16 +423,22 @@ TEST_F(Buying, APurchaseThatWaitsWhenThePanelEndsIsNotSent) {
 TEST_F(Buying, TheWatchLooksByItself) {
     EventHub events;
     GivenLinks links;
+    zq::panel::PanelMemory memory(home_.path() / "panel.toml");
+    Baskets baskets(events, memory);
     std::atomic<int> hours{0};
-    Purchases purchases(events, links, [&] { return Purchases::Clock::now() - std::chrono::hours(hours); });
+    zq::OrderBook orders(home_.path() / "other.db");
+    std::vector<std::unique_ptr<RepositoryDesk>> const noOthers;
+    PurchaseClocks clocks;
+    clocks.now = [&] { return Purchases::Clock::now() - std::chrono::hours(hours); };
+    Purchases purchases(orders, noOthers, events, links, baskets, clocks);
     answer_ = [this] { return losesAnswer(); };
     hours = 1; // it seems to have been begun an hour ago
-    EXPECT_THAT(purchases.buy(handlers_.desk(), {.key = "k", .clips = {"1"}}), HasSubstr("doubtful"));
+    EXPECT_THAT(purchases.buy(handlers_->desk(), {.key = "k", .clips = {"1"}}), HasSubstr("doubtful"));
     hours = 0; // and so the watch ends with the next look
     std::string told;
     do {
-        handlers_.flush();
-        told = purchases.list(handlers_.desk());
+        handlers_->flush();
+        told = purchases.list(handlers_->desk());
     } while (told.find("doubtful") != std::string::npos);
     EXPECT_THAT(told, HasSubstr("refused"));
 }

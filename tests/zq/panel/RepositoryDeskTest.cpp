@@ -3,6 +3,8 @@
 #include "tests/zq/panel/PanelFixture.h"
 
 #include <atomic>
+#include <chrono>
+#include <future>
 #include <semaphore>
 #include <thread>
 
@@ -47,9 +49,9 @@ protected:
         return made;
     }
     // How a search ends: the name of its clip, or the code of its failure.
-    std::string search(SearchQuery const& wanted) {
+    std::string search(SearchQuery const& wanted, std::string const& asker = "") {
         try {
-            SearchResults const found = handlers_.desk().search(wanted);
+            SearchResults const found = handlers_.desk().search(asker, wanted);
             return std::string(
                 found.assets.at(0).logAttributes.find(LogAttribute(LogAttribute::eName)).view());
         } catch (ApiError const& error) {
@@ -77,6 +79,36 @@ TEST_F(Desk, WorkRunsInItsOrderOnOneThreadOfItsOwn) {
     EXPECT_THAT(order, ElementsAre(0, 1, 2, 3, 4));
     EXPECT_THAT(threads, testing::Each(threads.front()));
     EXPECT_NE(threads.front(), std::this_thread::get_id());
+}
+
+TEST_F(Desk, WhatAsksNobodyRunsBeforeTheSearchesThatWait) {
+    std::future<std::string> running =
+        std::async(std::launch::async, [this] { return search(query(L"wait"), "one"); });
+    began_.acquire();
+    std::vector<std::string> order;
+    auto const post = [&](char const* name, Turn turn) {
+        handlers_.desk().post([&order, name](zq::Session&) { order.emplace_back(name); }, turn);
+    };
+    post("a search", Turn::inOrder);
+    post("basket", Turn::beforeSearches);
+    post("a sign-in", Turn::inOrder);
+    post("options", Turn::beforeSearches);
+    EXPECT_THAT(order, IsEmpty()) << "one call at a time";
+    goOn_ = true;
+    EXPECT_EQ(running.get(), "wait");
+    handlers_.flush();
+    EXPECT_THAT(order, ElementsAre("basket", "options", "a search", "a sign-in"));
+}
+
+TEST_F(Desk, HowItsServerIsReachedIsKnownWhileItIsBusy) {
+    repository_->description.connection.server = L"a.example:8443";
+    handlers_.flush();
+    std::future<std::string> running =
+        std::async(std::launch::async, [this] { return search(query(L"wait"), "one"); });
+    began_.acquire();
+    EXPECT_EQ(zq::utf8(handlers_.desk().connection().server), "a.example:8443");
+    goOn_ = true;
+    EXPECT_EQ(running.get(), "wait");
 }
 
 TEST_F(Desk, WhatWorkThrowsComesToWhoeverAsked) {
@@ -151,6 +183,47 @@ TEST_F(Desk, ASearchCanBeCancelled) {
     EXPECT_EQ(end, "conflict");
 }
 
+TEST_F(Desk, APagesSearchesGiveWayToItsOwnAndToNoOthers) {
+    auto const begin = [this](wchar_t const* words, char const* asker) {
+        return std::async(std::launch::async, [this, words, asker] { return search(query(words), asker); });
+    };
+    std::future<std::string> running = begin(L"wait", "one");
+    began_.acquire();
+    std::future<std::string> another = begin(L"tape", "three");
+    std::future<std::string> cancelled = begin(L"car", "two");
+    do { // the desk is busy, so that nothing but this ends it
+        static_cast<void>(handlers_.call("DELETE", "/search", {}, {{"asker", "two"}}));
+        static_cast<void>(handlers_.call("DELETE", "/search"));
+    } while (cancelled.wait_for(std::chrono::seconds(0)) != std::future_status::ready);
+    EXPECT_EQ(cancelled.get(), "conflict");
+    goOn_ = true;
+    EXPECT_EQ(running.get(), "wait");
+    EXPECT_EQ(another.get(), "tape");
+}
+
+TEST_F(Desk, TheNameOfAnAskerIsBounded) {
+    std::string const longest(64, 'x');
+    EXPECT_EQ(handlers_.failureOf("GET", "/search", {}, {{"asker", longest}}), "none");
+    EXPECT_EQ(handlers_.failureOf("GET", "/search", {}, {{"asker", longest + "x"}}), "bad_request");
+    EXPECT_EQ(handlers_.failureOf("DELETE", "/search", {}, {{"asker", longest + "x"}}), "bad_request");
+}
+
+TEST_F(Desk, TheWordsOfTheLastSearchAreThereAgainAndTheirChangeAloneIsNoEvent) {
+    EXPECT_THAT(handlers_.desk().description(), HasSubstr(",\"words\":\"\"}"));
+    EXPECT_EQ(search(query(L"red \"car\"")), "red \"car\"");
+    EXPECT_EQ(text(handlers_.json("GET", ""), "words"), "red \"car\"");
+    EXPECT_EQ(handlers_.countEvents("repository"), 0U);
+    EXPECT_EQ(zq::panel::PanelMemory(home_.path() / "panel.toml").words("SH"), "red \"car\"");
+    handlers_.desk().ask([this](zq::Session&) { repository_->signedInUser = L"ada"; });
+    EXPECT_THAT(handlers_.events(), HasSubstr(R"("words":"red \"car\"")"));
+}
+
+TEST_F(Desk, WordsThatFindNothingBecauseOfAFailureAreRememberedToo) {
+    repository_->connectResult = 11;
+    EXPECT_THROW(static_cast<void>(search(query(L"car"))), zq::CommandError);
+    EXPECT_EQ(text(handlers_.json("GET", ""), "words"), "car");
+}
+
 TEST_F(Desk, TheEndCancelsWhatRunsDropsWhatWaitsAndTakesNothingMore) {
     std::string running;
     std::thread one([&] { running = search(query(L"wait")); });
@@ -203,7 +276,8 @@ TEST_F(Desk, ManySearchesAtOnceEndEachWithItsOwnResultOrGivenUp) {
 
 TEST_F(Desk, ChangedOptionsAreAnEvent) {
     handlers_.desk().ask([this](zq::Session&) { repository_->tellOptionsChanged(); });
-    EXPECT_THAT(handlers_.events(), HasSubstr("event: options\ndata: {\"repository\":\"SH\"}"));
+    EXPECT_THAT(handlers_.events(),
+                HasSubstr("event: options\ndata: {\"repository\":\"SH\",\"results\":true}"));
 }
 
 TEST_F(Desk, AChangedUserIsAnEventAndWorkThatChangesNothingIsNone) {

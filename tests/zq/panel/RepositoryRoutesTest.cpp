@@ -2,9 +2,11 @@
 
 #include "tests/zq/panel/PanelFixture.h"
 
+#include "apps/zq/MemoryBlock.h"
 #include "apps/zq/Text.h"
 #include "host/parameters/BoolParam.h"
 #include "host/parameters/ChoiceParam.h"
+#include "host/parameters/TextParam.h"
 #include "host/web/HTMLUtils.h"
 #include "repository/RepositoryDescription.h"
 
@@ -168,6 +170,29 @@ TEST_F(RepositoryRoutes, ValuesThatAreNoTextsAreRefusedWithoutRepeatingThem) {
     }
 }
 
+TEST_F(RepositoryRoutes, CreditsAreKnownFromTheFirstAnswerThatTellsThem) {
+    auto const hear = [](char const* answer) {
+        static_cast<void>(JSON::parse(Zq::makeShared<zq::MemoryBlock>(answer)));
+    };
+    repository_->onLogin = [&](ShelfRepository& self, configb const&) {
+        hear(R"({"commands":[{"e":false,"credits":120}]})");
+        self.signedInUser = L"ada";
+        return 0;
+    };
+    repository_->onOwned = [&](ShelfRepository&) {
+        hear(R"({"commands":[{"e":false,"credits":110}]})");
+        return LightweightVector<RemoteAsset>();
+    };
+    EXPECT_FALSE(handlers().json("GET", "")->hasNum("credits"));
+    static_cast<void>(handlers().call("POST", "/login", {}, {}, R"({"values":{}})"));
+    EXPECT_THAT(handlers().events(), HasSubstr(R"("user":"ada","needsSignIn":true,"credits":120)"));
+    handlers().flush(); // the list of what is owned is read behind the sign-in
+    EXPECT_EQ(handlers().json("GET", "")->getInt("credits", 0), 110);
+    EXPECT_THAT(handlers().events(), HasSubstr(R"("credits":110)"));
+    static_cast<void>(handlers().call("POST", "/logout"));
+    EXPECT_FALSE(handlers().json("GET", "")->hasNum("credits"));
+}
+
 TEST_F(RepositoryRoutes, SigningOutSaysSoToAllPages) {
     repository_->signedInUser = L"ada";
     auto const result = handlers().json("POST", "/logout");
@@ -218,6 +243,68 @@ TEST_F(Options, AreListedByGroupWithTheirChoicesByTag) {
     auto const better = item(item(told, "groups", 1), "options", 0);
     EXPECT_EQ(text(better, "type"), "boolean");
     EXPECT_EQ(text(better, "value"), "true");
+}
+
+TEST_F(Options, TellWhichValueOfThemFiltersNothing) {
+    groups_[0].params.push_back(
+        Zq::makeShared<GenericParam::TextParam>(L"By", "by", L"", WideString(L"Ada")));
+    std::string const told = handlers().call("GET", "/options").body;
+    EXPECT_THAT(told, HasSubstr(R"("value":"4","initial":"-1")"));
+    EXPECT_THAT(told, HasSubstr(R"("value":"0","initial":null)")) << "it always filters";
+    EXPECT_THAT(told, HasSubstr(R"("value":"Ada","initial":"")"));
+    EXPECT_THAT(told, HasSubstr(R"("value":"true","initial":null)")) << "nobody has seen what it does";
+}
+
+// What a person does to the only boolean, and what the pages hear of it.
+class BooleanOptions : public Options {
+protected:
+    class Teller final : public GenericParam::iValueChangeHandler {
+    public:
+        explicit Teller(ShelfRepository& repository) : repository_(repository) {}
+        void valueChanged(WideString const&) override { repository_.tellOptionsChanged(); }
+
+    private:
+        ShelfRepository& repository_;
+    };
+    void makeResultsDependOnIt() {
+        groups_[1].params[0]->addChangeHandler(Zq::makeShared<Teller>(*repository_));
+    }
+    std::string set(std::string const& value) {
+        return handlers().call("PUT", "/options/{group}/{index}", {"1", "0"}, {}, put(value)).body;
+    }
+};
+
+TEST_F(BooleanOptions, OneOnWhichResultsDependIsAFilterOnceThatWasSeen) {
+    makeResultsDependOnIt();
+    EXPECT_THAT(set("true"), HasSubstr(R"("value":"true","initial":null)")) << "it was so before";
+    EXPECT_THAT(set("false"), HasSubstr(R"("value":"false","initial":"false")"));
+    EXPECT_THAT(handlers().events(), HasSubstr(R"("repository":"SH","results":true)"));
+    EXPECT_THAT(handlers().events(), Not(HasSubstr(R"("results":false)")));
+    EXPECT_EQ(PanelMemory(home_.path() / "panel.toml").isFilter("SH", "1/0/price"), true)
+        << "for the next run too";
+}
+
+TEST_F(BooleanOptions, OneOnWhichNoneDependIsNoneAndItsChangeIsToldToTheOtherPages) {
+    EXPECT_THAT(set("false"), HasSubstr(R"("value":"false","initial":null)"));
+    EXPECT_EQ(handlers().countEvents("options"), 1U);
+    EXPECT_THAT(handlers().events(), HasSubstr(R"("repository":"SH","results":false)"));
+    EXPECT_EQ(PanelMemory(home_.path() / "panel.toml").isFilter("SH", "1/0/price"), false);
+}
+
+TEST_F(BooleanOptions, WhatIsRefusedTellsNobody) {
+    EXPECT_EQ(handlers().failureOf("PUT", "/options/{group}/{index}", {"1", "0"}, {}, put("maybe")),
+              "bad_request");
+    EXPECT_EQ(handlers().countEvents("options"), 0U);
+}
+
+TEST_F(Options, ThatAreHiddenAreSaidToBeAndMayBeActive) {
+    auto const price = [this] {
+        return item(item(handlers().json("GET", "/options"), "groups", 0), "options", 0);
+    };
+    EXPECT_FALSE(price()->getBool("hidden", true));
+    groups_[0].params[0]->setPresentationHints(GenericParam::hintHidden);
+    EXPECT_TRUE(price()->getBool("hidden", false));
+    EXPECT_TRUE(price()->getBool("active", false));
 }
 
 TEST_F(Options, AreSetByGroupAndPosition) {

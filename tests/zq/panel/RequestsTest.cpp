@@ -1,5 +1,7 @@
 // What becomes of a request that was let in: its body, its path, its answer.
 
+#include <thread>
+
 #include "tests/zq/panel/TransportFixture.h"
 
 namespace {
@@ -49,6 +51,21 @@ TEST_F(RequestsTest, ABodyInChunksHas64KiBAtMostToo) {
     EXPECT_EQ(ask(chunked(bodyOf(longest * 10), longest * 10)).error(), "too_large");
 }
 
+TEST_F(RequestsTest, TheFramesOfChunksAreBoundedToo) {
+    EXPECT_EQ(ask(chunked(bodyOf(longest), 1)).status, 200) << "chunks as small as they can be";
+    std::string const head =
+        request("POST /api/echo", "Content-Type: application/json\r\nTransfer-Encoding: chunked\r\n");
+    std::string const much(std::size_t{1} << 20, '0');
+    for (std::string const& body : {much + "2\r\n{}\r\n0\r\n\r\n", "2;" + much + "\r\n{}\r\n0\r\n\r\n",
+                                    "2\r\n{}\r\n0\r\nX: " + much + "\r\n\r\n"}) {
+        RawClient client(server_->port());
+        std::jthread const sending([&] { client.send(head + body); }); // it may not be taken to its end
+        Answer const answer = client.answer();
+        EXPECT_EQ(answer.error(), "bad_request") << body.substr(0, 10);
+        EXPECT_TRUE(client.isAtEnd());
+    }
+}
+
 TEST_F(RequestsTest, ATooLongBodyIsRefusedBeforeItIsSent) {
     for (char const* const length : {"65537", "1000000000000", "99999999999999999999999"}) {
         RawClient client(server_->port());
@@ -82,6 +99,16 @@ TEST_F(RequestsTest, WhatFollowsAnUnreadBodyIsNoRequest) {
     Answer const answer = client.ask(request("GET /api/state", json(smuggled.size())) + smuggled);
     EXPECT_EQ(answer.error(), "bad_request");
     EXPECT_TRUE(client.isAtEnd());
+}
+
+TEST_F(RequestsTest, NothingFollowsAHeadWithALineThatIsNoField) {
+    for (char const* const line :
+         {"X : 1", "no field", ": 1", " folded", "X: \x01", "Transfer-Encoding : chunked", "X\xc3\xa4: 1"}) {
+        RawClient client(server_->port());
+        client.send(request("GET /api/state", std::string(line) + "\r\n") + request("GET /api/state"));
+        EXPECT_EQ(client.answer().body, "state") << line;
+        EXPECT_EQ(client.answer().status, 0) << line;
+    }
 }
 
 TEST_F(RequestsTest, ABodyIsJson) {
@@ -292,11 +319,12 @@ TEST_F(RequestsTest, AFileToKeepHasAHarmlessName) {
 TEST_F(RequestsTest, FailuresHaveTheirCodesAndTexts) {
     Answer const conflict = get("/api/conflict");
     EXPECT_EQ(conflict.status, 409);
-    EXPECT_EQ(conflict.body, R"({"error":{"code":"conflict","text":"\"no\" <b>"}})");
+    EXPECT_EQ(conflict.body, R"({"error":{"code":"conflict","reason":"in_doubt","text":"\"no\" <b>"}})");
     EXPECT_EQ(conflict.header("content-type"), "application/json; charset=utf-8");
     Answer const command = get("/api/command");
     EXPECT_EQ(command.status, 502);
-    EXPECT_EQ(command.body, R"({"error":{"code":"failed","text":"the service says no"}})");
+    EXPECT_EQ(command.body,
+              R"({"error":{"code":"failed","reason":"service_refused","text":"the service says no"}})");
 }
 
 TEST_F(RequestsTest, AFailureOfTheProgramIsToldToTheLogAlone) {

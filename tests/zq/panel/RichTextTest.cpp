@@ -80,6 +80,30 @@ INSTANTIATE_TEST_SUITE_P(
                     "&#x3c;", "&nbsp;", "<!-- -->", "<a\thref=\"https://a.example/\">a</a>",
                     "<A HREF=\"https://a.example/\">a</A>"));
 
+class OddAddress : public testing::TestWithParam<char const*> {};
+
+TEST_P(OddAddress, IsNoLink) {
+    std::string const markup = "<a href=\"" + std::string(GetParam()) + "\">a</a>";
+    EXPECT_THAT(piecesOf(markup), ElementsAre(RichPiece{markup, "", false}));
+}
+
+// Browsers take many of them for an address, and not always for the one that they seem to be.
+INSTANTIATE_TEST_SUITE_P(
+    Of, OddAddress,
+    testing::Values("https://a.example\\@b.example/", "https:\\\\a.example/", "https:a.example/",
+                    "https:/a.example/", "https:///a.example/", "https://a.example:99999/",
+                    "https://a.example:80:90/", "https://a.example:/", "https://a.example:0/",
+                    "https:// a.example/", " https://a.example/", "\thttps://a.example/",
+                    "https://a\tb.example/", "https://a.example/\nx", "https://%61.example/",
+                    "https://@a.example/", "https://a.example@b.example/", "https://a|b/", "http://[::1",
+                    "jAvAsCrIpT:alert(1)", "java\nscript:alert(1)", "vbscript:x", "blob:https://a.example/",
+                    "view-source:https://a.example/", "ftp://a.example/", "#x", "?x", "/x"));
+
+TEST(RichPieces, AnAddressIsWrittenSoThatNothingInItEndsIt) {
+    EXPECT_THAT(piecesOf("<a href=\"HTTPS://a.example/<b> &quot;\\\xe2\x80\xae?q=&#39;#@b.example\">a</a>"),
+                ElementsAre(RichPiece{"a", "https://a.example/%3Cb%3E%20%22%5C%E2%80%AE?q='", false}));
+}
+
 TEST(RichPieces, ALinkInALinkIsText) {
     EXPECT_THAT(piecesOf("<a href=\"https://a.example/\">a<a href=\"https://b.example/\">b</a></a>"),
                 ElementsAre(RichPiece{"a<a href=\"https://b.example/\">b", "https://a.example/", false},

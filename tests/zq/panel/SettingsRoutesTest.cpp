@@ -2,7 +2,11 @@
 
 #include "tests/zq/panel/WholePanel.h"
 
+#include <csignal>
 #include <fstream>
+#include <semaphore>
+
+#include <sys/resource.h>
 
 #include "apps/zq/Text.h"
 #include "apps/zq/panel/ConnectionTest.h"
@@ -22,6 +26,27 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
+
+// No file of this process can be written, as on a full disk.
+class NoMoreBytes {
+public:
+    NoMoreBytes() : signalBefore_(std::signal(SIGXFSZ, SIG_IGN)) {
+        ::getrlimit(RLIMIT_FSIZE, &before_);
+        rlimit none = before_;
+        none.rlim_cur = 0;
+        ::setrlimit(RLIMIT_FSIZE, &none);
+    }
+    ~NoMoreBytes() {
+        ::setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, signalBefore_);
+    }
+    NoMoreBytes(NoMoreBytes const&) = delete;
+    NoMoreBytes& operator=(NoMoreBytes const&) = delete;
+
+private:
+    rlimit before_{};
+    void (*signalBefore_)(int);
+};
 
 class PanelSettings : public testing::Test {
 protected:
@@ -82,6 +107,9 @@ TEST_F(PanelSettings, TakeALanguageThatTheHostHasTextsOf) {
     auto const settings = change(R"({"language":"ja"})");
     EXPECT_EQ(text(settings, "language"), "ja");
     EXPECT_THAT(texts(settings, "needsRestart"), ElementsAre("language"));
+    EXPECT_EQ(text(panel_.json("GET", "/state"), "language"), "ja") << "the page follows at once";
+    EXPECT_EQ(text(change(R"({"language":""})"), "language"), "en");
+    EXPECT_EQ(text(panel_.json("GET", "/state"), "language"), "en");
 }
 
 TEST_F(PanelSettings, HoldWhereTheFileWouldBeWrittenAnewAtTheNextStart) {
@@ -94,13 +122,26 @@ TEST_F(PanelSettings, HoldWhereTheFileWouldBeWrittenAnewAtTheNextStart) {
     EXPECT_EQ(pairs->getChild(0)->strings()[1].value, "127.0.0.1:2");
 }
 
-TEST_F(PanelSettings, KeepTheLooksOfThePageInThePreferences) {
+TEST_F(PanelSettings, KeepTheLooksOfThePageInTheMemoryOfThePanel) {
     std::string const before = hostToml();
     auto const settings = change(R"({"theme":"light","view":"list","thumbnailSize":320,"unknown":[]})");
     EXPECT_EQ(text(settings, "theme"), "light");
     EXPECT_EQ(text(settings, "view"), "list");
     EXPECT_EQ(settings->getInt("thumbnailSize", 0), 320);
     EXPECT_EQ(hostToml(), before);
+    EXPECT_EQ(zq::panel::PanelMemory(home_.path() / "panel.toml").looks().theme, "light");
+    EXPECT_EQ(text(change(R"({"view":"grid"})"), "theme"), "light") << "each changes by itself";
+}
+
+TEST_F(PanelSettings, PassOverLooksThatNobodyCanHaveSet) {
+    zq::panel::PanelMemory memory(home_.path() / "panel.toml");
+    memory.setLooks({"pink", "sideways", 1'000'000});
+    WholePanel other(home_.engine(), {repository_.get()},
+                     [] { return std::vector<engine::ServerStatistics>(); });
+    auto const settings = other.json("GET", "/settings");
+    EXPECT_EQ(text(settings, "theme"), "system");
+    EXPECT_EQ(text(settings, "view"), "grid");
+    EXPECT_EQ(settings->getInt("thumbnailSize", 0), 200);
 }
 
 TEST_F(PanelSettings, RefuseValuesThatCannotBeAndChangeNothingThen) {
@@ -129,6 +170,29 @@ TEST_F(PanelSettings, SayWhereHostTomlCannotBeUsed) {
     fs::remove(file());
     fs::create_directory(file());
     EXPECT_EQ(refusal(R"({"cacheLimitMiB":7})"), "conflict");
+}
+
+TEST_F(PanelSettings, SayThatHostTomlCannotBeWrittenAndLoseNothing) {
+    static_cast<void>(change(R"({"theme":"dark","cacheLimitMiB":64})"));
+    std::string const before = hostToml();
+    {
+        NoMoreBytes const full;
+        try {
+            static_cast<void>(change(R"({"theme":"light","cacheLimitMiB":7})"));
+            FAIL();
+        } catch (zq::panel::ApiError const& error) {
+            EXPECT_EQ(error.code(), zq::panel::ErrorCode::conflict);
+            EXPECT_EQ(error.what(), file().string() + " cannot be written");
+        }
+    }
+    EXPECT_EQ(hostToml(), before);
+    EXPECT_EQ(get()->getInt("cacheLimitMiB", 0), 64);
+    EXPECT_EQ(text(get(), "theme"), "dark") << "all of it or nothing";
+    for (fs::directory_entry const& entry : fs::directory_iterator(home_.path())) {
+        EXPECT_FALSE(entry.path().filename().string().starts_with(engine::unfinishedPrefix)) << entry.path();
+    }
+    static_cast<void>(change(R"({"cacheLimitMiB":7})"));
+    EXPECT_EQ(get()->getInt("cacheLimitMiB", 0), 7);
 }
 
 TEST_F(PanelSettings, AreWrittenWhereALinkLeads) {
@@ -198,11 +262,12 @@ TEST_F(PanelSettings, AskNobodyWhereNoRepositoryHasAServer) {
 }
 
 TEST_F(PanelSettings, SayThatAServerCannotBeReached) {
-    repository_->description.connection.server = L"127.0.0.1:1";
+    panel_.desk().ask([this](zq::Session&) { repository_->description.connection.server = L"127.0.0.1:1"; });
     auto const server = item(panel_.json("POST", "/settings/test-connection"), "servers", 0);
     EXPECT_EQ(text(server, "name"), "127.0.0.1:1");
     EXPECT_FALSE(server->getBool("ok", true));
-    EXPECT_EQ(text(server, "text"), "no answer came");
+    EXPECT_EQ(text(server, "reason"), "no_answer");
+    EXPECT_THAT(text(server, "text"), HasSubstr("could not connect to 127.0.0.1:1")) << "with the reason";
 }
 
 TEST_F(PanelSettings, TellTheAnswerOfAServerWhateverItSays) {
@@ -211,10 +276,36 @@ TEST_F(PanelSettings, TellTheAnswerOfAServerWhateverItSays) {
             connection.answer(404, "no");
         }
     });
-    repository_->description.connection.server = zq::wide("127.0.0.1:" + std::to_string(server.port()));
+    panel_.desk().ask([&](zq::Session&) {
+        repository_->description.connection.server = zq::wide("127.0.0.1:" + std::to_string(server.port()));
+    });
     auto const told = item(panel_.json("POST", "/settings/test-connection"), "servers", 0);
     EXPECT_TRUE(told->getBool("ok", false));
     EXPECT_EQ(text(told, "text"), "it answers, with status 404");
+    EXPECT_EQ(text(told, "reason"), "answered");
+    EXPECT_EQ(told->getInt("status", 0), 404);
+}
+
+TEST_F(PanelSettings, TestTheConnectionWhileARepositoryIsHeldUp) {
+    test::RawServer server([](test::RawConnection& connection) {
+        while (connection.readRequest()) {
+            connection.answer(200, "");
+        }
+    });
+    std::binary_semaphore entered(0);
+    std::binary_semaphore leave(0);
+    panel_.desk().ask([&](zq::Session&) {
+        repository_->description.connection.server = zq::wide("127.0.0.1:" + std::to_string(server.port()));
+    });
+    panel_.desk().post([&](zq::Session&) {
+        entered.release();
+        leave.acquire();
+    });
+    entered.acquire();
+    auto const told = item(panel_.json("POST", "/settings/test-connection"), "servers", 0);
+    leave.release();
+    panel_.desk().ask([](zq::Session&) {}); // behind it: the semaphores are this test's
+    EXPECT_TRUE(told->getBool("ok", false)) << "when a service hangs is when one wants to know";
 }
 
 TEST_F(PanelSettings, WaitForASilentServerNoLongerThanAllowed) {
@@ -226,6 +317,7 @@ TEST_F(PanelSettings, WaitForASilentServerNoLongerThanAllowed) {
     EXPECT_FALSE(answers[0].ok);
     EXPECT_EQ(answers[0].text, "no answer came in time");
     EXPECT_EQ(answers[1].text, "no answer came in time");
+    EXPECT_STREQ(answers[1].reason, "late");
     EXPECT_LT(answers[1].seconds, 5);
 }
 

@@ -45,6 +45,12 @@ public:
         return onPurchase(*this, assets, false);
     }
 
+    [[nodiscard]] WideString getAttribute(RemoteAsset const& asset,
+                                          LogAttribute const& attribute) const override {
+        return onAttribute ? onAttribute(asset, attribute)
+                           : MediaFileRepositoryBase::getAttribute(asset, attribute);
+    }
+
     void tellOptionsChanged() { notifier.issueNotification(NotifyMsg(), eSearchOptionsChanged); }
 
     // A clip of that number with a name and a price.
@@ -79,6 +85,7 @@ public:
     // On a task's thread.
     std::function<bool(LightweightVector<RemoteAsset> const&, LoggerHandle const&)> onFetch =
         [](auto&, auto&) { return false; };
+    std::function<WideString(RemoteAsset const&, LogAttribute const&)> onAttribute; // empty: the usual one
     std::map<WideString, WideString> thumbnailPaths;
     WideString thumbnailBase; // empty: pictures have no address
     int ownedReads = 0;

@@ -26,6 +26,21 @@ protected:
     }
 };
 
+// A page that begins a new stream cannot send the header.
+TEST_F(StreamsTest, WhatCameBehindANumberInTheQueryIsToldToo) {
+    std::uint64_t const before = events_.last();
+    events_.send("task", R"({"task":1})");
+    events_.send("task", R"({"task":2})");
+    RawClient client(server_->port());
+    EXPECT_EQ(client.ask(request("GET /api/events?since=" + std::to_string(before + 1))).status, 200);
+    std::string const told = client.receiveThrough("\n\n");
+    EXPECT_THAT(told, HasSubstr("\ndata: {\"task\":2}\n"));
+    EXPECT_THAT(told, Not(HasSubstr("{\"task\":1}")));
+    RawClient old(server_->port());
+    EXPECT_EQ(old.ask(request("GET /api/events?since=1")).status, 200);
+    EXPECT_THAT(old.receiveThrough("\n\n"), HasSubstr("event: reset\n")) << "of another run";
+}
+
 TEST_F(StreamsTest, EventsComeAsTheyAreSent) {
     RawClient client(server_->port());
     Answer const head = listen(client);
@@ -204,6 +219,44 @@ TEST_F(StreamsTest, MoreIdleConnectionsThanThereArePlacesKeepNobodyOut) {
     EXPECT_TRUE(held.front().isAtEnd()) << "who waits the longest gives way";
 }
 
+TEST_F(StreamsTest, MoreSlowConnectionsThanThereArePlacesKeepNobodyOut) {
+    std::string const body = request("POST /api/echo", json(10)); // and nothing of the ten
+    for (std::string const& begun : {std::string("GET /api/state HTTP/1.1\r\nX: "), std::string("G"), body}) {
+        std::deque<RawClient> held;
+        for (int i = 0; i < 400; ++i) {
+            held.emplace_back(server_->port()).send(begun);
+        }
+        EXPECT_EQ(get("/api/state").body, "state") << begun;
+    }
+}
+
+TEST_F(StreamsTest, MoreStreamsThanThereArePlacesKeepNobodyOut) {
+    std::deque<RawClient> listening;
+    for (int i = 0; i < 300; ++i) {
+        EXPECT_EQ(listen(listening.emplace_back(server_->port())).status, 200);
+    }
+    EXPECT_EQ(get("/api/state").body, "state");
+    listening.front().receiveThrough("0\r\n\r\n"); // the end of the stream
+    events_.send("a", "1");
+    EXPECT_THAT(listening.back().receiveThrough("\n\n"), HasSubstr("event: a"));
+}
+
+TEST_F(StreamsTest, TheStreamThatHasListenedTheLongestEndsForOneTooMany) {
+    std::deque<std::shared_ptr<zq::panel::LiveText>> streams;
+    for (std::size_t i = 0; i < EventHub::mostStreams; ++i) {
+        streams.push_back(events_.listen(0));
+    }
+    streams[1].reset(); // one that has gone makes room
+    streams.push_back(events_.listen(0));
+    events_.send("a", "1");
+    std::string piece;
+    EXPECT_TRUE(streams.front()->next(piece));
+    streams.push_back(events_.listen(0));
+    EXPECT_FALSE(streams.front()->next(piece));
+    EXPECT_TRUE(streams[2]->next(piece));
+    EXPECT_THAT(piece, HasSubstr("event: a"));
+}
+
 TEST_F(StreamsTest, OneConnectionCarriesManyRequests) {
     RawClient client(server_->port());
     for (int i = 0; i < 200; ++i) {
@@ -221,6 +274,76 @@ TEST_F(StreamsTest, ATakenPortIsToldInWords) {
         FAIL() << "two servers on one port";
     } catch (std::runtime_error const& error) {
         EXPECT_THAT(error.what(), HasSubstr("port " + std::to_string(server_->port())));
+    }
+}
+
+// A server with few places, and more clients than those.
+class CrowdedServer : public testing::Test {
+protected:
+    CrowdedServer() {
+        server_.Get("/", [](httplib::Request const&, httplib::Response& response) {
+            response.set_content("here", "text/plain");
+        });
+        server_.Get("/endless", [](httplib::Request const&, httplib::Response& response) {
+            response.set_chunked_content_provider("text/plain", [](std::size_t, httplib::DataSink& sink) {
+                std::string const block(std::size_t{1} << 20, 'x');
+                return sink.write(block.data(), block.size());
+            });
+        });
+        server_.Get("/held", [this](httplib::Request const&, httplib::Response& response) {
+            ++begun_;
+            released_.wait(false);
+            response.set_content("late", "text/plain");
+        });
+        port_ = server_.bind(0);
+        server_.start();
+    }
+    ~CrowdedServer() override { release(); }
+    void release() {
+        released_ = true;
+        released_.notify_all();
+    }
+    Answer ask() const { return RawClient(port_).ask("GET / HTTP/1.1\r\n\r\n"); }
+
+    static constexpr int places = 8;
+    std::atomic<int> begun_ = 0;
+    std::atomic<bool> released_ = false;
+    int port_ = 0;
+
+private:
+    static http::LoopbackServer::Limits limits() {
+        http::LoopbackServer::Limits limits;
+        limits.connections = places;
+        return limits;
+    }
+    http::LoopbackServer server_{limits()};
+};
+
+TEST_F(CrowdedServer, LetsInWhoeverComesBehindReadersThatDoNotRead) {
+    std::deque<RawClient> held;
+    for (int i = 0; i < 3 * places; ++i) {
+        RawClient& client = held.emplace_back(port_);
+        EXPECT_EQ(client.ask("GET /endless HTTP/1.1\r\n\r\n").status, 200) << i;
+    }
+    EXPECT_EQ(ask().body, "here");
+}
+
+TEST_F(CrowdedServer, EndsNobodyWhoWaitsForItsAnswer) {
+    std::deque<RawClient> waiting;
+    for (int i = 0; i < places - 2; ++i) {
+        waiting.emplace_back(port_).send("GET /held HTTP/1.1\r\n\r\n");
+    }
+    while (begun_ < places - 2) {
+        std::this_thread::yield();
+    }
+    std::deque<RawClient> idle;
+    for (int i = 0; i < 3 * places; ++i) {
+        idle.emplace_back(port_).send("G");
+    }
+    EXPECT_EQ(ask().body, "here");
+    release();
+    for (RawClient& client : waiting) {
+        EXPECT_EQ(client.answer().body, "late");
     }
 }
 

@@ -99,9 +99,13 @@ protected:
                  return response;
              }},
             {"GET", "/api/conflict",
-             [](Request const&) -> Response { throw ApiError(ErrorCode::conflict, "\"no\" <b>"); }},
+             [](Request const&) -> Response {
+                 throw ApiError(ErrorCode::conflict, "\"no\" <b>", zq::Reason::inDoubt);
+             }},
             {"GET", "/api/command",
-             [](Request const&) -> Response { throw zq::CommandError("the service says no"); }},
+             [](Request const&) -> Response {
+                 throw zq::ReasonedError(zq::Reason::serviceRefused, "the service says no");
+             }},
             {"GET", "/api/broken", [](Request const&) -> Response { throw std::runtime_error("inner"); }},
             {"GET", "/api/odd", [](Request const&) -> Response { throw 7; }},
         };

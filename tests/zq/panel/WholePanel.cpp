@@ -10,20 +10,22 @@ using namespace zq::panel;
 
 WholePanel::WholePanel(engine::Engine& engine, std::vector<iMediaFileRepository*> const& repositories,
                        zq::StatisticsSource statistics)
-    : settings_(engine, events_) {
+    : memory_(engine.home() / "panel.toml"), orders_(engine.home() / "purchases.db"),
+      settings_(engine, events_, memory_) {
     for (iMediaFileRepository* const repository : repositories) {
         zq::Session::Surroundings surroundings;
         surroundings.repository = repository;
         surroundings.statistics = statistics;
         surroundings.answers = &answers_;
         surroundings.engine = &engine;
-        desks_.push_back(std::make_unique<RepositoryDesk>(surroundings, events_, links_));
+        desks_.push_back(std::make_unique<RepositoryDesk>(surroundings, events_, links_, memory_));
     }
-    purchases_ =
-        std::make_unique<Purchases>(events_, links_, Purchases::Clock::now, Purchases::Watching::byOthers);
+    purchases_ = std::make_unique<Purchases>(orders_, desks_, events_, links_, baskets_, Purchases::Clocks(),
+                                             Purchases::Watching::byOthers);
     fetches_ = std::make_unique<Fetches>(engine, events_);
     panel_ = std::make_unique<Panel>(
         Panel{engine, events_, desks_, baskets_, *purchases_, *fetches_, settings_, links_});
+    addStateRoutes(routes_, *panel_);
     addClipRoutes(routes_, *panel_);
     addRepositoryRoutes(routes_, *panel_);
     addShopRoutes(routes_, *panel_);

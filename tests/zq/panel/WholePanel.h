@@ -43,8 +43,10 @@ private:
     zq::AnswerWatch answers_;
     zq::panel::EventHub events_;
     zq::panel::GivenLinks links_;
+    zq::panel::PanelMemory memory_;
+    zq::panel::Baskets baskets_{events_, memory_};
+    zq::OrderBook orders_;
     std::vector<std::unique_ptr<zq::panel::RepositoryDesk>> desks_;
-    zq::panel::Baskets baskets_{events_};
     std::unique_ptr<zq::panel::Purchases> purchases_;
     std::unique_ptr<zq::panel::Fetches> fetches_;
     zq::panel::PanelSettings settings_;
