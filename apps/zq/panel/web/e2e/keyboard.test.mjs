@@ -81,6 +81,7 @@ test('sign-in, search, basket, purchase, fetch and export without a pointer', as
 
 test('F6 leads through every part of the page and round again', async () => {
   const panel = await world.openPanel();
+  await panel.search('');
   await panel.place('Red car');
   await panel.piece('Red car').waitFor();
   await panel.clips.first().click();
@@ -99,6 +100,61 @@ test('F6 leads through every part of the page and round again', async () => {
   assert.deepEqual(await go('Shift+F6', 4), [top, t('panels.sequence'), t('panels.player'), t('results.title')]);
 });
 
+test('in the results the focus goes by clips, rows and pages to both ends, and comes back to where it was', async () => {
+  const panel = await world.openPanel();
+  await panel.search('');
+  await panel.clips.nth(4).waitFor();
+  const indexAfter = async (key) => {
+    await panel.page.keyboard.press(key);
+    return (await focus(panel)).index;
+  };
+  await panel.words.focus();
+  assert.equal(await indexAfter('ArrowDown'), '0');
+  assert.equal(await panel.page.locator('[data-index][aria-selected="true"]').count(), 0, 'the focus alone chooses nothing');
+  assert.equal(await indexAfter('End'), '4');
+  assert.equal(await indexAfter('Home'), '0');
+  assert.equal(await indexAfter('ArrowRight'), '1');
+  assert.equal(await indexAfter('PageDown'), '4');
+  assert.equal(await indexAfter('PageUp'), '0');
+  assert.equal(await indexAfter('ArrowRight'), '1');
+  assert.equal(await panel.page.locator('[data-index][aria-selected="true"]').count(), 1);
+  assert.equal(await panel.page.locator('[role="grid"] [data-index][tabindex="0"]').count(), 1, 'one stop for Tab');
+  await panel.page.keyboard.press('/');
+  assert.equal(await indexAfter('ArrowDown'), '1', 'the focus is back where it was');
+});
+
+test('the space bar plays the clip that has the focus, and stops it', async () => {
+  const panel = await world.openPanel();
+  await panel.search('red car');
+  await panel.shows(['Red car']);
+  await panel.clips.first().focus();
+  await panel.page.keyboard.press(' ');
+  const video = panel.page.locator('section.player video');
+  const isPaused = () => video.first().evaluate((element) => element.paused);
+  await panel.until(async () => (await video.count()) > 0 && !(await isPaused()), () => 'it does not play');
+  await panel.page.keyboard.press(' ');
+  await panel.until(isPaused, () => 'it does not stop');
+  assert.equal((await focus(panel)).index, '0');
+  await panel.search('');
+});
+
+test('a dialog begins where its form does, and at its heading where it has none', async () => {
+  const panel = await world.openPanel();
+  await panel.button('keys.title').click();
+  await panel.dialog.waitFor();
+  assert.equal((await focus(panel)).tag, 'h2');
+  await panel.page.keyboard.press('Escape');
+  await panel.dialog.waitFor({ state: 'detached' });
+  assert.equal((await focus(panel)).name, t('keys.title'));
+  // Signed in since the first test: the form is there once nobody is.
+  await panel.page.getByRole('button', { name: t('account.signed_in_as', { user: 'editor' }) }).click();
+  await panel.button('account.sign_out', panel.dialog).click();
+  await panel.dialog.waitFor({ state: 'detached' });
+  await panel.page.locator('header.top .account').click();
+  await panel.dialog.locator('form').waitFor();
+  assert.equal((await focus(panel)).tag, 'input');
+});
+
 test('the list of keys opens at ? and closes with Escape', async () => {
   const panel = await world.openPanel();
   await panel.clips.first().focus();
@@ -111,7 +167,7 @@ test('the list of keys opens at ? and closes with Escape', async () => {
 
 test('letters typed into the search are no commands', async () => {
   const panel = await world.openPanel();
-  await panel.clips.first().waitFor();
+  await panel.search('');
   const before = (await panel.get('project')).revision;
   await panel.words.focus();
   await panel.page.keyboard.type('gbpx?/ik');

@@ -40,6 +40,21 @@ test('words and filters find clips, and a filter is removed by its chip', async 
   await panel.shows(['Red car', 'Sea at noon', 'Sea birds', 'Green meadow', 'Old harbour']);
 });
 
+test('nothing moves while the page comes up and shows its first clips', async () => {
+  const panel = await world.openPanel({
+    init: `window.shifts = [];
+      new PerformanceObserver((list) => window.shifts.push(...list.getEntries().map(({ value, sources }) =>
+        value + ' ' + sources.map(({ node }) => node?.className ?? node?.nodeName).join())))
+        .observe({ type: 'layout-shift', buffered: true });`,
+  });
+  await panel.clips.nth(4).waitFor();
+  await panel.until(
+    () => panel.page.locator('[data-index] img').evaluateAll((images) => images.length > 3 && images.every(({ complete }) => complete)),
+    () => 'the pictures did not come',
+  );
+  assert.deepEqual(await panel.page.evaluate(() => window.shifts), []);
+});
+
 test('back and forward lead through past searches', async () => {
   const panel = await world.openPanel();
   await panel.shows(['Red car', 'Sea at noon', 'Sea birds', 'Green meadow', 'Old harbour']);
@@ -172,4 +187,21 @@ test('signed out, nothing of the account is left on the page', async () => {
   await panel.button('account.sign_out', panel.dialog).click();
   await panel.button('account.sign_in').first().waitFor();
   await panel.until(async () => (await panel.clips.getByText(t('results.owned')).count()) === 0);
+});
+
+test('the words and the filters are there again when the program has been started anew', async () => {
+  const panel = await world.openPanel();
+  await panel.search('sea');
+  const filter = (of) => of.page.locator('#filters select').first();
+  const choices = await filter(panel).locator('option').allTextContents();
+  const chosen = choices.find((choice) => choice.includes('20'));
+  await filter(panel).selectOption({ label: chosen });
+  await panel.shows(['Sea birds']);
+  await world.closePanels();
+  await world.program.end();
+  await world.startProgram();
+  const again = await world.openPanel();
+  await again.shows(['Sea birds']);
+  assert.equal(await again.words.inputValue(), 'sea');
+  assert.equal(await filter(again).locator('option:checked').textContent(), chosen);
 });

@@ -10,9 +10,8 @@ afterEach(() => world.closePanels());
 after(() => world?.end());
 
 test('sign-in, pieces, basket, options, purchases and settings of one are seen in the other', async () => {
-  // The search of one may cancel that of the other, which then asks again.
-  const one = await world.openPanel({ faults: true });
-  const two = await world.openPanel({ faults: true });
+  const one = await world.openPanel();
+  const two = await world.openPanel();
   await one.signIn();
   await one.signedIn();
   await two.signedIn();
@@ -43,6 +42,44 @@ test('sign-in, pieces, basket, options, purchases and settings of one are seen i
 
   await one.page.getByRole('button', { name: t('results.list'), exact: true }).click();
   await two.page.locator('[role="grid"] [role="row"][data-index]').first().waitFor();
+});
+
+test('the quality of previews that one chooses is that of the other, whose results stay as they are', async () => {
+  const one = await world.openPanel();
+  const two = await world.openPanel();
+  const box = (panel) => panel.page.locator('#filters input[type="checkbox"]').first();
+  await box(one).waitFor();
+  await box(two).waitFor();
+  const before = await box(two).isChecked();
+  const searches = [];
+  two.page.on('request', (request) => {
+    if (new URL(request.url()).pathname.endsWith('/search')) {
+      searches.push(request.url());
+    }
+  });
+  await box(one).click();
+  await two.until(async () => (await box(two).isChecked()) !== before, () => 'it stands as it stood');
+  assert.deepEqual(searches, []);
+  assert.equal(await two.page.locator('.chips button').count(), 0, 'it filters nothing');
+  await box(one).click();
+  await two.until(async () => (await box(two).isChecked()) === before, () => 'it stands as it stood');
+});
+
+test('each panel finds what it looks for while the other searches too', async () => {
+  const one = await world.openPanel();
+  const two = await world.openPanel();
+  await one.search('');
+  await two.search('');
+  await world.service.goWrong({ command: 'search' }, 'delay', { ms: 400 }, 2);
+  try {
+    await Promise.all([one.search('sea'), two.search('old harbour')]);
+    await one.shows(['Sea at noon', 'Sea birds']);
+    await two.shows(['Old harbour']);
+    assert.equal(await one.words.inputValue(), 'sea');
+  } finally {
+    await world.service.goRight();
+  }
+  await one.search('');
 });
 
 test('a piece that one panel removes while the other works on it is gone in both', async () => {

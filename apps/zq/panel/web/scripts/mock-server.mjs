@@ -110,7 +110,7 @@ const server = createServer((request, response) => {
       console.error(error);
     }
     if (!response.headersSent) {
-      sendJson(response, { error: { code: failure.code, text: failure.message } }, failure.status);
+      sendJson(response, { error: { code: failure.code, reason: '', text: failure.message } }, failure.status);
     }
   });
 });

@@ -3,23 +3,52 @@ import { webcrypto } from 'node:crypto';
 import { test } from 'node:test';
 import type { BasketClip, Purchase, PurchaseState } from '../src/api/types.ts';
 import { bytesText, waitText } from '../src/lib/amounts.ts';
-import { buyable, newKey } from '../src/lib/buying.ts';
+import { buyable, totalOf, undecided } from '../src/lib/buying.ts';
+import { newKey } from '../src/lib/newKey.ts';
 
-const clip = (id: string, owned = false): BasketClip => ({ id, name: id, price: '$4', owned, used: 0 });
+const clip = (id: string, owned = false): BasketClip => ({
+  id,
+  name: id,
+  price: '$4',
+  owned,
+  undecided: false,
+  used: 0,
+});
 const purchase = (state: PurchaseState, ...clips: string[]): Purchase => ({
   key: state,
+  user: 'ada',
   clips,
   payment: 'credits',
   state,
   code: null,
   text: '',
+  trouble: '',
   page: '',
+  time: 1,
 });
 
 test('what is owned, on its way or in doubt is not bought', () => {
   const clips = [clip('a', true), clip('b'), clip('c'), clip('d'), clip('e')];
   const purchases = [purchase('running', 'b'), purchase('doubtful', 'c'), purchase('refused', 'd'), purchase('waiting', 'e')];
-  assert.deepEqual(buyable(clips, purchases).map(({ id }) => id), ['d', 'e']);
+  assert.deepEqual(buyable(clips, purchases, 'ada').map(({ id }) => id), ['d', 'e']);
+  assert.deepEqual([...undecided(clips, purchases, 'ada')], ['b', 'c']);
+});
+
+test('what the basket calls undecided is not bought, whether the page knows of the purchase or not', () => {
+  const clips = [{ ...clip('a'), undecided: true }, clip('b')];
+  assert.deepEqual(buyable(clips, [], 'ada').map(({ id }) => id), ['b']);
+});
+
+test('the doubt of another account keeps nobody from buying', () => {
+  assert.deepEqual(buyable([clip('a')], [purchase('doubtful', 'a')], 'bob').map(({ id }) => id), ['a']);
+});
+
+test('the total is that of what is bought, and else unknown', () => {
+  const clips = [clip('a', true), clip('b'), { ...clip('c'), undecided: true }];
+  const basket = { clips, clipsToBuy: 1, total: '$4', credits: null, unpriced: 0 };
+  assert.equal(totalOf(basket, buyable(clips, [], 'ada')), '$4');
+  assert.equal(totalOf(basket, buyable(clips, [purchase('running', 'b')], 'ada')), '');
+  assert.equal(totalOf(basket, [clip('x')]), '');
 });
 
 test('keys differ and have 128 bits', () => {

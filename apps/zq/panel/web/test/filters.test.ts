@@ -1,11 +1,11 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import type { OptionGroup } from '../src/api/types.ts';
-import { activeFilters, isOn, toggled } from '../src/lib/filters.ts';
+import { activeFilters, concernsPreviews, isOn, isShown, toggled } from '../src/lib/filters.ts';
 import { changesTowards, isSameSearch, readEntry, valuesOf, type PastSearch } from '../src/lib/pastSearches.ts';
 
 function groups(price: string, quality: string): OptionGroup[] {
-  const base = { tooltip: '', active: true, id: 'price' };
+  const base = { tooltip: '', active: true, hidden: false, id: 'price' };
   const choices = [
     { value: '-1', text: 'Any' },
     { value: '0', text: '$5' },
@@ -34,10 +34,36 @@ test('a value that is no choice shows itself', () => {
 
 test('a text in force is a chip with that text, and an empty one is none', () => {
   const text = (value: string): OptionGroup[] => [
-    { legend: '', options: [{ tooltip: '', active: true, id: 'by', legend: 'Author', type: 'text', value, initial: '' }] },
+    { legend: '', options: [{ tooltip: '', active: true, hidden: false, id: 'by', legend: 'Author', type: 'text', value, initial: '' }] },
   ];
   assert.deepEqual(activeFilters(text('Ada')), [{ group: 0, index: 0, legend: 'Author', text: 'Ada', initial: '' }]);
   assert.deepEqual(activeFilters(text('')), []);
+});
+
+test('a boolean on which results depend is a chip with its legend alone, and part of a search', () => {
+  const boolean = (value: string, initial: string | null): OptionGroup[] => [
+    { legend: '', options: [{ tooltip: '', active: true, hidden: false, id: 'ed', legend: 'Editorial only', type: 'boolean', value, initial }] },
+  ];
+  assert.deepEqual(activeFilters(boolean('true', 'false')), [
+    { group: 0, index: 0, legend: 'Editorial only', text: '', initial: 'false' },
+  ]);
+  assert.deepEqual(activeFilters(boolean('false', 'false')), []);
+  assert.deepEqual(changesTowards(boolean('true', 'false'), [['false']]), [{ group: 0, index: 0, value: 'false' }]);
+  assert.deepEqual(changesTowards(boolean('true', null), [['false']]), []);
+});
+
+test('only a boolean on which no results are known to depend is an option of previews', () => {
+  const [filters, options] = groups('0', 'true');
+  assert.equal(options?.options.every(concernsPreviews), true);
+  assert.equal(filters?.options.some(concernsPreviews), false);
+  assert.equal(options?.options.some((option) => concernsPreviews({ ...option, initial: 'false' })), false);
+});
+
+test('a hidden option has no place among the filters, and says so as a chip where it is in force', () => {
+  const [filters] = groups('0', 'true');
+  const hidden = filters?.options.map((option) => ({ ...option, hidden: true })) ?? [];
+  assert.equal(hidden.some(isShown), false);
+  assert.equal(activeFilters([{ legend: '', options: hidden }]).length, 1);
 });
 
 test('a boolean is turned round in its own words', () => {

@@ -26,7 +26,7 @@ function sorted(texts: string[], kind: Column['kind'], descending = false): stri
 }
 
 test('amounts are in the order of their value, whatever stands around them', () => {
-  assert.deepEqual(sorted(['$100', '$9', '$1,249.50', '$49'], 'text'), ['$9', '$49', '$100', '$1,249.50']);
+  assert.deepEqual(sorted(['$100', '$9', '$1,249.50', '$49'], 'number'), ['$9', '$49', '$100', '$1,249.50']);
 });
 
 test('lengths are in the order of their seconds', () => {
@@ -47,7 +47,15 @@ test('equal ones keep the order in which they were found', () => {
   assert.deepEqual(result.map((clip) => clip.id), ['0', '1', '2']);
 });
 
+test('titles that begin with the same number are in the order of their words', () => {
+  assert.deepEqual(
+    sorted(['12 Monkeys', '9 Lives', '12 Apes', '100 Days', 'Apes'], 'text'),
+    ['9 Lives', '12 Apes', '12 Monkeys', '100 Days', 'Apes'],
+  );
+});
+
 test('a title that only begins with a number is a title', () => {
+  assert.equal(comparable('12 Monkeys', 'text'), '12 Monkeys');
   assert.equal(comparable('4 seasons in 1 day', 'text'), '4 seasons in 1 day');
   assert.equal(comparable('23.976', 'number'), 23.976);
   assert.equal(comparable('unknown', 'number'), null);

@@ -1,22 +1,25 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import {
+  anchorOf,
   fittingScale,
   indexAfterMove,
   insertionAt,
+  keptScroll,
   layOut,
+  readableScale,
   rulerMarks,
   rulerStep,
   toFrame,
   trimmed,
 } from '../src/lib/stripLayout.ts';
 
-const pieces = [
-  { in: 0, out: 4 },
-  { in: 10, out: 12 },
-  { in: 1, out: 7 },
+const spans = [
+  { begin: 0, end: 4 },
+  { begin: 4, end: 6 },
+  { begin: 6, end: 12 },
 ];
-const boxes = layOut(pieces, 10);
+const boxes = layOut(spans, 10);
 
 test('pieces lie end to end, as wide as they are long', () => {
   assert.deepEqual(boxes, [
@@ -31,6 +34,23 @@ test('the scale that fits shows all of it, and an empty strip has one too', () =
   assert.ok(fittingScale(0, 360) > 0);
   assert.ok(fittingScale(12, 0) > 0);
   assert.ok(fittingScale(1e9, 360) > 0);
+});
+
+test('the names of most pieces can be read, or all of it is seen where that is larger', () => {
+  const many = Array.from({ length: 200 }, (_, index) => ({ begin: index * 2, end: index * 2 + 2 }));
+  assert.equal(readableScale(many, 1200, 90), 45);
+  assert.equal(readableScale(spans, 1200, 90), 100);
+  const uneven = [1, 2, 4, 8].map((length, index) => ({ begin: index * 10, end: index * 10 + length }));
+  assert.equal(readableScale(uneven, 200, 90), 45, 'a quarter of the pieces may be shorter');
+  assert.ok(readableScale([], 1200) > 0);
+});
+
+test('a change of scale keeps what it holds on to where it is', () => {
+  const held = anchorOf([null, 5000, 900], 600, 1000);
+  assert.equal(held, 300, 'the first that is in view');
+  assert.equal(anchorOf([50, null], 600, 1000), 500, 'none is in view');
+  const scroll = keptScroll(600, held, 10, 15);
+  assert.equal((900 / 10) * 15 - scroll, held);
 });
 
 test('a drop goes to the side of a piece that is nearer', () => {

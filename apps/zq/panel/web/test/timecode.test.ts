@@ -2,7 +2,7 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import type { Fraction } from '../src/api/types.ts';
 import { markedIn, markedOut, noMarks, spanOf } from '../src/lib/markedRange.ts';
-import { frameAt, frameTimecode, framesPerSecond, middleOf, startOf, timecode } from '../src/lib/timecode.ts';
+import { frameAt, frameOfSecond, frameTimecode, framesPerSecond, middleOf, startOf, timecode } from '../src/lib/timecode.ts';
 
 const rates: Fraction[] = [[24000, 1001], [24, 1], [25, 1], [30000, 1001], [50, 1], [60000, 1001]];
 
@@ -20,9 +20,37 @@ test('a timecode counts as many frames a second as the rate is rounded to', () =
   assert.equal(frameTimecode(0, 25), '00:00:00:00');
   assert.equal(frameTimecode(24, 25), '00:00:00:24');
   assert.equal(frameTimecode(25, 25), '00:00:01:00');
-  assert.equal(frameTimecode(29, 30000 / 1001), '00:00:00:29');
-  assert.equal(frameTimecode(30, 30000 / 1001), '00:00:01:00');
+  assert.equal(frameTimecode(24, 24000 / 1001), '00:00:01:00');
+  assert.equal(frameTimecode(119, 120), '00:00:00:119');
   assert.equal(frameTimecode(25 * 3600 * 2 + 25 * 61 + 3, 25), '02:01:01:03');
+});
+
+test('drop frame leaves out two numbers each minute but every tenth, four at the double rate', () => {
+  const code = (frame: number): string => frameTimecode(frame, 30000 / 1001);
+  assert.deepEqual([0, 29, 30, 1799, 1800, 3597, 3598].map(code), [
+    '00:00:00;00',
+    '00:00:00;29',
+    '00:00:01;00',
+    '00:00:59;29',
+    '00:01:00;02',
+    '00:01:59;29',
+    '00:02:00;02',
+  ]);
+  assert.equal(code(17_982), '00:10:00;00');
+  assert.equal(code(107_892), '01:00:00;00');
+  assert.equal(frameTimecode(3600, 60000 / 1001), '00:01:00;04');
+});
+
+test('a second of the timecode begins at the frame that is written so', () => {
+  for (const perSecond of [24000 / 1001, 25, 30000 / 1001, 60000 / 1001]) {
+    for (let second = 0; second <= 4000; second++) {
+      const frame = frameOfSecond(second, perSecond);
+      const code = frameTimecode(frame, perSecond);
+      const [hours = 0, minutes = 0, seconds = 0] = code.split(/[:;]/).map(Number);
+      assert.equal(hours * 3600 + minutes * 60 + seconds, second, code);
+      assert.ok(frame === 0 || frameTimecode(frame - 1, perSecond).slice(0, 8) !== code.slice(0, 8), code);
+    }
+  }
 });
 
 test('without a rate there are hundredths of a second', () => {

@@ -1,6 +1,7 @@
 // A panel in the browser, and what a person does in it.
 import assert from 'node:assert/strict';
 import { account } from './Service.mjs';
+import { readTexts } from '../../scripts/mock/texts.mjs';
 import { t } from './texts.mjs';
 
 const wait_ms = 15_000;
@@ -9,7 +10,8 @@ export class Panel {
   // What the page itself has to answer for: errors, refusals of its policy, dialogs that nobody asked for.
   problems = [];
 
-  static async open(browser, address, { faults = false, width = 1280, height = 800, init = '', ...context } = {}) {
+  // `texts`: the language that the page is given its texts in, whatever the program's is.
+  static async open(browser, address, { faults = false, width = 1280, height = 800, init = '', texts = '', ...context } = {}) {
     const panel = new Panel();
     panel.context = await browser.newContext({ viewport: { width, height }, reducedMotion: 'reduce', ...context });
     panel.context.setDefaultTimeout(wait_ms);
@@ -18,6 +20,9 @@ export class Panel {
         console.error(`policy: ${event.violatedDirective} forbids ${event.blockedURI} ${event.sample}`),
       );
     });
+    if (texts !== '') {
+      await panel.context.route('**/api/texts', (route) => route.fulfill({ json: { language: texts, texts: readTexts(texts) } }));
+    }
     if (init !== '') {
       await panel.context.addInitScript({ content: init });
     }
@@ -31,7 +36,10 @@ export class Panel {
     page.on('console', (message) => {
       // The browser tells each answer from 400 on; where a test makes them, they are expected.
       const isAnswer = message.text().startsWith('Failed to load resource');
-      if (message.type() === 'error' && !(faults && isAnswer)) {
+      // A search that a later one overtakes is answered so, if the page has not let go of it by then.
+      const isOvertaken =
+        isAnswer && message.text().includes('409') && /\/search\?/.test(message.location().url);
+      if (message.type() === 'error' && !(faults && isAnswer) && !isOvertaken) {
         panel.problems.push(`${message.text()} ${message.location().url}`);
       }
     });
@@ -58,7 +66,7 @@ export class Panel {
 
   // How the latest purchase stands, in the open basket.
   get purchase() {
-    return this.drawer.locator('[role="status"]').getByRole('listitem').first();
+    return this.drawer.locator('.purchases').getByRole('listitem').first();
   }
 
   clip(name) {
@@ -67,8 +75,8 @@ export class Panel {
   piece(name) {
     return this.pieces.filter({ hasText: name });
   }
-  button(key, within = this.page) {
-    return within.getByRole('button', { name: t(key), exact: true });
+  button(key, within = this.page, values = {}) {
+    return within.getByRole('button', { name: t(key, values), exact: true });
   }
   // Notices go by themselves; the words must have been there.
   async sees(text) {
@@ -127,7 +135,7 @@ export class Panel {
 
   async openDrawer(panel) {
     if ((await this.drawer.count()) === 0 || (await this.drawer.locator('h2').first().textContent()) !== t(`panels.${panel}`)) {
-      await this.page.locator('header.top nav').getByRole('button', { name: new RegExp(`^${t(`panels.${panel}`)}`) }).click();
+      await this.page.locator('header.top nav').getByRole('button', { name: new RegExp(`^${t(`panels.${panel}`).replace(/[[\]().*+?^$|\\]/g, '\\$&')}`) }).click();
       await this.drawer.locator('#drawer-title', { hasText: t(`panels.${panel}`) }).waitFor();
     }
   }

@@ -78,9 +78,12 @@ export class Service {
     return this.#ask('POST', { match: where, kind, count, arguments: values });
   }
 
-  // How many requests met a rule.
-  async met() {
-    return (await this.#ask('GET')).faults.reduce((sum, rule) => sum + rule.met, 0);
+  // How many requests met a rule, or one for that command.
+  async met(command) {
+    const { faults } = await this.#ask('GET');
+    return faults
+      .filter((rule) => command === undefined || rule.match.command === command)
+      .reduce((sum, rule) => sum + rule.met, 0);
   }
 
   goRight() {

@@ -1,11 +1,12 @@
 // All that a test needs: the service, the panel's program connected to it, and a browser; in a folder of its own.
 import { copyFileSync, existsSync, mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
-import { join } from 'node:path';
+import { basename, join } from 'node:path';
 import { chromium } from 'playwright-core';
 import { Panel } from './Panel.mjs';
 import { browserFile, program } from './places.mjs';
 import { Program } from './Program.mjs';
+import { Relay } from './Relay.mjs';
 import { Service } from './Service.mjs';
 
 export class World {
@@ -29,8 +30,13 @@ export class World {
         `#!/bin/sh\nprintf '%s\\n' "$1" >>'${join(world.folder, 'opened')}'\n`,
         { mode: 0o700 },
       );
-      world.service = await Service.start(join(world.folder, 'service'), world.environment, options);
-      world.configure(options.settings);
+      if (options.modules === undefined) {
+        world.service = await Service.start(join(world.folder, 'service'), world.environment, options);
+      }
+      if (options.relay) {
+        world.relay = await Relay.start(world.service.port);
+      }
+      world.configure(options);
       await world.startProgram();
       world.browser = await chromium.launch({ executablePath: browserFile });
     } catch (error) {
@@ -40,16 +46,21 @@ export class World {
     return world;
   }
 
-  configure(more = '') {
+  // `settings`: more lines of the settings file. `modules`: files of modules in the place of the usual one, whose
+  // service is not started then.
+  configure({ settings: more = '', modules: files = [program('tarn7.zqd')] } = {}) {
     const modules = join(this.folder, 'modules');
     mkdirSync(modules, { recursive: true });
     mkdirSync(this.environment.ZQ_HOME, { recursive: true });
-    copyFileSync(program('tarn7.zqd'), join(modules, 'tarn7.zqd'));
+    files.forEach((file) => copyFileSync(file, join(modules, basename(file))));
+    const network =
+      this.service === undefined
+        ? ''
+        : `[network]\nconnect = { "www.tarn7.example:443" = "127.0.0.1:${(this.relay ?? this.service).port}" }\n` +
+          `ca_file = ${JSON.stringify(this.service.ca)}\n`;
     writeFileSync(
       join(this.environment.ZQ_HOME, 'host.toml'),
-      `[modules]\npath = [${JSON.stringify(modules)}]\n` +
-        `[network]\nconnect = { "www.tarn7.example:443" = "127.0.0.1:${this.service.port}" }\n` +
-        `ca_file = ${JSON.stringify(this.service.ca)}\n${more}`,
+      `[modules]\npath = [${JSON.stringify(modules)}]\n${network}${more}`,
     );
   }
 
@@ -88,6 +99,7 @@ export class World {
     try {
       await this.browser?.close();
       await this.program?.end();
+      await this.relay?.end();
       await this.service?.end();
     } finally {
       rmSync(this.folder, { recursive: true, force: true });

@@ -14,6 +14,8 @@ const films = {
     ...picture('1920x1080', '24000/1001', 3), '-f', 'lavfi', '-i', 'sine=f=440:d=3', ...quick, '-c:a', 'aac', '-ac', '1',
   ],
   'fast.mp4': [...picture('1280x720', '50', 2), ...quick],
+  'ntsc.mp4': [...picture('640x360', '30000/1001', 4), ...quick],
+  'long.mp4': [...picture('640x480', '25', 40), ...quick],
 };
 
 function film(name) {
@@ -39,6 +41,12 @@ export const usualClips = [
   { film: 'small.mov', title: 'Green meadow', price: 12.5 },
   { film: 'small.mov', title: 'Old harbour', price: 5 },
 ];
+
+// A film under that name, without anything beside it.
+export function putFilm(folder, name, kind = 'small.mov') {
+  mkdirSync(folder, { recursive: true });
+  copyFileSync(film(kind), join(folder, name));
+}
 
 // Films with side files that give their titles, of whatever characters.
 export function putFootage(target, clips) {

@@ -21,6 +21,8 @@ export class Desk {
       writable: true,
       undo: this.past.at(-1)?.text ?? '',
       redo: this.future.at(-1)?.text ?? '',
+      undoStep: this.past.at(-1)?.facts ?? null,
+      redoStep: this.future.at(-1)?.facts ?? null,
       sequences: [...this.sequences.keys()],
     };
   }
@@ -43,10 +45,11 @@ export class Desk {
     }
   }
 
-  step(text, work) {
+  step(facts, work) {
+    const text = `${facts.kind} "${facts.clip}" in "${facts.sequence}"`;
     const before = structuredClone([...this.sequences]);
     work();
-    this.past.push({ text, before, after: structuredClone([...this.sequences]) });
+    this.past.push({ text, facts, before, after: structuredClone([...this.sequences]) });
     this.future = [];
     this.changed();
   }
@@ -94,7 +97,7 @@ export class Desk {
         const whole = Math.floor(frames / perSecond);
         return `${two(Math.floor(whole / 3600))}:${two(Math.floor(whole / 60) % 60)}:${two(whole % 60)}:${two(frames % perSecond)}`;
       };
-      const task = this.tasks.find((other) => other.state === 'running' && other.clips.includes(clip.id));
+      const task = this.tasks.find((other) => other.state === 'running' && other.ids.includes(clip.id));
       const result = {
         piece: piece.piece,
         index,
@@ -123,7 +126,7 @@ export class Desk {
 
   place(name, { repository, clip: id, in: begin, out: end, at }) {
     const clip = this.clipOf({ repository, clip: id });
-    this.step(`Place "${clip.name}"`, () => {
+    this.step({ kind: 'placing', clip: clip.name, sequence: name }, () => {
       const pieces = [...(this.sequences.get(name) ?? [])];
       const piece = { piece: this.nextPiece++, repository, clip: id, in: begin ?? 0, out: end ?? clip.length };
       pieces.splice(at ?? pieces.length, 0, piece);
@@ -144,7 +147,7 @@ export class Desk {
   change(name, number, change) {
     const { pieces, index } = this.find(name, number);
     const clip = this.clipOf(pieces[index]);
-    this.step(`${change.at === undefined ? 'Trim' : 'Move'} "${clip.name}"`, () => {
+    this.step({ kind: change.at === undefined ? 'trimming' : 'moving', clip: clip.name, sequence: name }, () => {
       const next = [...pieces];
       const [piece] = next.splice(index, 1);
       const trimmed = { ...piece, in: change.in ?? piece.in, out: Math.min(change.out ?? piece.out, clip.length) };
@@ -157,7 +160,7 @@ export class Desk {
   remove(name, number) {
     const { pieces, index } = this.find(name, number);
     const clip = this.clipOf(pieces[index]);
-    this.step(`Remove "${clip.name}"`, () => {
+    this.step({ kind: 'removing', clip: clip.name, sequence: name }, () => {
       this.sequences.set(name, pieces.filter((piece) => piece.piece !== number));
     });
     return this.tellSequence(name);
@@ -165,28 +168,32 @@ export class Desk {
 
   usage(name) {
     const { pieces } = this.tellSequence(name);
-    const uses = pieces.map((piece) => {
-      const clip = this.clipOf(piece);
+    const uses = pieces.map(({ piece, repository, clip: id, name: title, sourceIn, sourceOut, recordIn, recordOut }) => {
+      const clip = this.clipOf({ repository, clip: id });
       return {
-        piece: piece.piece,
-        clip: piece.clip,
-        name: piece.name,
-        ownership: clip.owned ? 'owned' : 'not owned',
-        price: clip.owned ? '' : `$${clip.price}`,
-        in: piece.in,
-        out: piece.out,
-        start: piece.start,
+        repository, number: piece, clip: id, name: title, sourceIn, sourceOut, recordIn, recordOut,
+        owned: clip.owned ? 'owned' : 'not owned',
+        priceText: clip.owned ? '' : `$${clip.price}`,
+        price: clip.owned ? null : clip.price,
       };
     });
-    const dear = [...new Set(uses.filter((use) => use.ownership !== 'owned').map((use) => use.clip))];
-    const total = dear.reduce((sum, id) => sum + (uses.find((use) => use.clip === id) ? Number(uses.find((use) => use.clip === id).price.slice(1)) : 0), 0);
-    return { sequence: name, uses, total: `$${total}`, clipsToBuy: dear.length, clipsWithoutPrice: 0, ownershipKnown: true, credits: 500 };
+    const dear = new Map(uses.filter((use) => use.owned !== 'owned').map((use) => [use.clip, use.price]));
+    const total = [...dear.values()].reduce((sum, price) => sum + price, 0);
+    const used = new Set(uses.map((use) => use.repository));
+    return {
+      sequence: name, uses, others: [],
+      repositories: [...this.repositories.values()].filter(({ shortName }) => used.has(shortName)).map(({ shortName, name: title, user }) => ({
+        shortName, name: title, user, legalNotice: `All ${title} clips are subject to the Terms of Service`, credits: 500,
+      })),
+      clipsToBuy: dear.size, clipsWithoutPrice: 0, total, totalText: dear.size === 0 ? '' : `$${total}`, ownershipKnown: true, credits: 500,
+    };
   }
 
   checkExport(name, format) {
     const previews = this.tellSequence(name).pieces.filter((piece) => piece.state !== 'full');
-    const warnings = previews.map((piece) => `"${piece.name}" is still a preview.`);
-    return { warnings: format === 'edl' ? [...warnings, 'An edit decision list keeps no names of more than 32 letters.'] : warnings };
+    const warnings = previews.map((piece) => ({ kind: 'preview', clip: piece.name, text: `"${piece.name}" is still a preview.` }));
+    const many = { kind: 'too_many_events', clip: '', text: 'The list has more than 999 events.' };
+    return { warnings: format === 'edl' ? [...warnings, many] : warnings };
   }
 
   fetch(repository, ids) {
@@ -197,7 +204,10 @@ export class Desk {
     }
     const task = {
       task: this.tasks.length + 1,
-      name: clips.length === 1 ? clips[0].name : `${clips.length} clips`,
+      kind: 'fetch',
+      name: clips.length === 1 ? `fetch clip ${clips[0].id}` : `fetch ${clips.length} clips`,
+      clip: 0,
+      fetched: 0,
       state: 'running',
       step: '',
       progress: 0,
@@ -208,7 +218,8 @@ export class Desk {
       failed: [],
       canRetry: false,
       repository: repository.shortName,
-      clips: ids,
+      clips: clips.map((clip) => clip.name),
+      ids,
     };
     this.tasks.push(task);
     this.logs.set(task.task, []);
@@ -216,7 +227,7 @@ export class Desk {
     return task;
   }
 
-  tellTask({ clips, ...task }) {
+  tellTask({ ids, ...task }) {
     return task;
   }
 
@@ -230,6 +241,7 @@ export class Desk {
       for (let step = 1; step <= 20 && task.state === 'running'; step++) {
         await delay(200);
         task.step = clip.name;
+        task.clip = index + 1;
         task.progress = (index + step / 20) / clips.length;
         task.bytes = Math.round(task.totalBytes * task.progress);
         task.secondsLeft = Math.round((1 - task.progress) * clips.length * 4);
@@ -244,9 +256,10 @@ export class Desk {
       if (Number(clip.id) % 5 === 0) {
         const reason = `The download of "${clip.name}" failed (404)`;
         this.log(task.task, 'failed', 1, reason);
-        task.failed.push({ id: clip.id, name: clip.name, reason });
+        task.failed.push({ id: clip.id, name: clip.name, reason, why: 'transfer' });
       } else {
         clip.state = 'full';
+        task.fetched++;
         clip.edit = clip.edit || `C${clip.id}`;
       }
     }
@@ -257,6 +270,7 @@ export class Desk {
       task.progress = 1;
     }
     task.secondsLeft = null;
+    task.clip = 0;
     say();
     this.changed();
   }
@@ -292,7 +306,7 @@ export class Desk {
     }
     task.canRetry = false;
     this.say('task', this.tellTask(task));
-    const ids = task.failed.length > 0 ? task.failed.map((clip) => clip.id) : task.clips;
+    const ids = task.failed.length > 0 ? task.failed.map((clip) => clip.id) : task.ids;
     return this.fetch(this.repositories.get(task.repository), ids);
   }
 }

@@ -19,6 +19,7 @@ function choice(legend, id, rows) {
     id,
     tooltip: '',
     active: true,
+    hidden: false,
     value: '-1',
     initial: '-1',
     choices: [any, ...rows.map(([text], index) => ({ value: String(index), text }))],
@@ -37,7 +38,9 @@ export class Repository {
     this.clips = makeClips(clipCount);
     this.basket = [];
     this.purchases = [];
-    this.cancelled = 0;
+    this.withdrawn = new Map(); // orders by key
+    this.words = '';
+    this.cancelled = new Map(); // how often, by asker
     this.groups = [
       {
         legend: 'Filters',
@@ -45,13 +48,13 @@ export class Repository {
           choice('Maximum price', 'price', [5, 10, 20, 50, 100].map((value) => [`$${value}`, value])),
           choice('Minimum size', 'size', [['HD (720)', 720], ['HD (1080)', 1080], ['4k', 2160]]),
           choice('Minimum length', 'len', [5, 10, 20, 30, 45, 60].map((value) => [`${value} secs`, value])),
-          { legend: 'Without the word', type: 'text', id: 'not', tooltip: '', active: true, value: '', initial: '' },
+          { legend: 'Without the word', type: 'text', id: 'not', tooltip: '', active: true, hidden: false, value: '', initial: '' },
         ],
       },
       {
         legend: 'Options',
         options: [
-          { legend: 'High-quality previews', type: 'boolean', id: 'price', tooltip: '', active: true, value: 'true', initial: null },
+          { legend: 'High-quality previews', type: 'boolean', id: 'price', tooltip: '', active: true, hidden: false, value: 'true', initial: null },
         ],
       },
     ];
@@ -72,6 +75,7 @@ export class Repository {
       credits: this.user === '' ? null : this.credits,
       columns,
       thumbnailAspect: 16 / 9,
+      words: this.words,
     };
   }
 
@@ -100,18 +104,18 @@ export class Repository {
   async signIn(values) {
     await delay(300);
     if (values.username === 'nobody') {
-      return { code: 2, text: 'There is no such user.', user: this.user };
+      return { code: 2, text: 'There is no such user.', user: this.user, reason: '' };
     }
     if (values.password === 'wrong') {
-      return { code: 7, text: 'The password is wrong.', user: this.user };
+      return { code: 7, text: 'The password is wrong.', user: this.user, reason: '' };
     }
     if (values.password === '') {
-      return { code: 17, text: 'Signing in failed. Check the connection and try again.', user: this.user };
+      return { code: 17, text: 'Signing in failed. Check the connection and try again.', user: this.user, reason: '' };
     }
     this.user = values.username;
     this.credits = 500;
     this.changed();
-    return { code: 0, text: 'You are signed in.', user: this.user };
+    return { code: 0, text: 'You are signed in.', user: this.user, reason: '' };
   }
 
   signOut() {
@@ -135,17 +139,16 @@ export class Repository {
       throw new ApiError('bad_request', 400, 'The option has no such value.');
     }
     option.value = value;
-    if (option.type !== 'boolean') {
-      this.say('options', { repository: this.shortName });
-    }
+    this.say('options', { repository: this.shortName, results: option.type !== 'boolean' });
     return { groups: this.toldGroups() };
   }
 
   // Words with a meaning of their own, to look at what is seldom seen: "nothing", "fail", "slow", "later".
-  async search(words, page, pageSize) {
-    const ticket = this.cancelled;
+  async search(words, page, pageSize, asker) {
+    const ticket = this.cancelled.get(asker);
+    this.words = words;
     await delay(words.includes('slow') ? 2500 : 60);
-    if (ticket !== this.cancelled) {
+    if (ticket !== this.cancelled.get(asker)) {
       throw new ApiError('conflict', 409, 'The search was cancelled.');
     }
     if (words.includes('fail') || (words.includes('later') && page > 1)) {
@@ -167,6 +170,10 @@ export class Repository {
         (length === null || clip.length >= length),
     );
     return this.page(hits, page, pageSize);
+  }
+
+  cancelSearch(asker) {
+    this.cancelled.set(asker, (this.cancelled.get(asker) ?? 0) + 1);
   }
 
   page(hits, page, pageSize) {
@@ -194,7 +201,12 @@ export class Repository {
 
   tellBasket(pieces) {
     const clips = this.basket.map((id) => this.find(id));
-    const dear = clips.filter((clip) => !clip.owned);
+    const open = new Set(
+      this.purchases
+        .filter((purchase) => purchase.user === this.user && ['running', 'doubtful'].includes(purchase.state))
+        .flatMap((purchase) => purchase.clips),
+    );
+    const dear = clips.filter((clip) => !clip.owned && !open.has(clip.id));
     const unpriced = dear.filter((clip) => clip.price === 79).length;
     const total = dear.reduce((sum, clip) => sum + (clip.price === 79 ? 0 : clip.price), 0);
     return {
@@ -203,9 +215,11 @@ export class Repository {
         name: clip.name,
         price: told(clip).attributes[59],
         owned: clip.owned,
+        undecided: !clip.owned && open.has(clip.id),
         used: pieces.filter((piece) => piece.clip === clip.id).length,
       })),
-      total: unpriced === 0 ? `$${total}` : '',
+      clipsToBuy: dear.length,
+      total: dear.length > 0 && unpriced === 0 ? `$${total}` : '',
       credits: this.user === '' ? null : this.credits,
       unpriced,
     };
@@ -219,7 +233,7 @@ export class Repository {
 
   // A clip of 249 is refused, one of 125 leaves the answer in doubt for a while.
   buy({ key, clips, payment }) {
-    const earlier = this.purchases.find((purchase) => purchase.key === key);
+    const earlier = this.withdrawn.get(key) ?? this.purchases.find((purchase) => purchase.key === key);
     if (earlier) {
       return earlier;
     }
@@ -227,15 +241,31 @@ export class Repository {
       throw new ApiError('conflict', 409, 'You are not signed in.');
     }
     const busy = this.purchases.some(
-      (other) => ['running', 'doubtful'].includes(other.state) && other.clips.some((id) => clips.includes(id)),
+      (other) =>
+        other.user === this.user && ['running', 'doubtful'].includes(other.state) && other.clips.some((id) => clips.includes(id)),
     );
     if (busy) {
       throw new ApiError('conflict', 409, 'These clips are in a purchase that is not decided yet.');
     }
-    const purchase = { key, clips, payment, state: 'running', code: null, text: '', page: '' };
+    const purchase = {
+      key, user: this.user, clips, payment, state: 'running', code: null, text: '', trouble: '', page: '',
+      time: Math.floor(Date.now() / 1000),
+    };
     this.purchases.unshift(purchase);
     void this.finishPurchase(purchase);
     return purchase;
+  }
+
+  withdraw(key) {
+    let order = this.withdrawn.get(key) ?? this.purchases.find((purchase) => purchase.key === key);
+    if (!order) {
+      order = {
+        key, user: '', clips: [], payment: 'credits', state: 'refused', code: null,
+        text: 'The order had not reached the program.', trouble: '', page: '', time: 0,
+      };
+      this.withdrawn.set(key, order);
+    }
+    return order;
   }
 
   async finishPurchase(purchase) {

@@ -85,7 +85,8 @@ export class Events {
   listen(request, response) {
     response.writeHead(200, { 'Content-Type': 'text/event-stream', 'Cache-Control': 'no-store' });
     response.write(': here\n\n');
-    const behind = Number(request.headers['last-event-id'] ?? 0);
+    const since = new URL(request.url, 'http://mock').searchParams.get('since');
+    const behind = Number(request.headers['last-event-id'] ?? since ?? 0);
     if (behind > 0) {
       const oldest = this.kept[0]?.number ?? this.number + 1;
       if (behind > this.number || behind + 1 < oldest) {

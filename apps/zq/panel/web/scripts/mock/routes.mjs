@@ -44,7 +44,7 @@ export function makeRoutes({ repositories, desk, settings, events, previews }) {
   const route = (method, pattern, answer) => ({ method, parts: pattern.split('/').slice(1), answer });
   return [
     route('GET', '/api/state', state),
-    route('GET', '/api/texts', () => readTexts(settings.language)),
+    route('GET', '/api/texts', () => ({ language: settings.language, texts: readTexts(settings.language) })),
     route('POST', '/api/links', ({ body }) => {
       console.log(`link: ${JSON.stringify(body.url)}`);
       return {};
@@ -60,9 +60,9 @@ export function makeRoutes({ repositories, desk, settings, events, previews }) {
     route('PUT', '/api/repositories/{r}/options/{g}/{i}', ({ r, g, i, body }) =>
       repositoryOf(r).setOption(Number(g), Number(i), body.value)),
     route('GET', '/api/repositories/{r}/search', ({ r, query }) =>
-      repositoryOf(r).search(query.get('words') ?? '', Number(query.get('page') ?? 1), Number(query.get('pageSize') ?? 50))),
-    route('DELETE', '/api/repositories/{r}/search', ({ r }) => {
-      repositoryOf(r).cancelled++;
+      repositoryOf(r).search(query.get('words') ?? '', Number(query.get('page') ?? 1), Number(query.get('pageSize') ?? 50), query.get('asker') ?? '')),
+    route('DELETE', '/api/repositories/{r}/search', ({ r, query }) => {
+      repositoryOf(r).cancelSearch(query.get('asker') ?? '');
       return {};
     }),
     route('GET', '/api/repositories/{r}/owned', ({ r }) => repositoryOf(r).owned()),
@@ -79,12 +79,16 @@ export function makeRoutes({ repositories, desk, settings, events, previews }) {
       return repositoryOf(r).tellBasket(pieces());
     }),
     route('POST', '/api/repositories/{r}/purchases', ({ r, body }) => repositoryOf(r).buy(body)),
+    route('DELETE', '/api/repositories/{r}/purchases/{key}', ({ r, key }) => repositoryOf(r).withdraw(key)),
     route('GET', '/api/repositories/{r}/purchases', ({ r }) => ({ purchases: repositoryOf(r).purchases })),
     route('POST', '/api/repositories/{r}/fetches', ({ r, body }) => ({ task: desk.fetch(repositoryOf(r), body.clips).task })),
     route('POST', '/api/repositories/{r}/checks', ({ r, body }) => ({
       checks: body.clips.map((id) => {
         const clip = repositoryOf(r).find(id);
-        return { clip: id, name: clip.name, ok: clip.owned, text: clip.owned ? 'Every cut stays where it is.' : 'The full media is not on this machine.', differences: [] };
+        return {
+          clip: id, name: clip.name, ok: clip.owned, outcome: clip.owned ? 'same' : 'no_file', cutShort: 0,
+          text: clip.owned ? 'Every cut stays where it is.' : 'The full media is not on this machine.', file: {}, differences: [], uses: [],
+        };
       }),
     })),
     route('GET', '/api/project', () => desk.tellProject()),
@@ -132,7 +136,7 @@ export function makeRoutes({ repositories, desk, settings, events, previews }) {
     }),
     route('POST', '/api/settings/test-connection', async () => {
       await delay(500);
-      return { servers: [{ name: 'footage.example', ok: true, text: 'Connected.', seconds: 0.12 }, { name: 'quarry.example', ok: false, text: 'No connection to the service could be made.', seconds: 5 }] };
+      return { servers: [{ name: 'footage.example', ok: true, reason: 'answered', status: 200, text: 'Connected.', seconds: 0.12 }, { name: 'quarry.example', ok: false, reason: 'no_answer', status: 0, text: 'No connection to the service could be made.', seconds: 5 }] };
     }),
   ];
 }

@@ -4,8 +4,9 @@ import type { ErrorCode } from './types.ts';
 export class ApiError extends Error {
   constructor(
     readonly code: ErrorCode | 'unreachable',
-    readonly text: string, // for a person; empty where the program was not reached
+    readonly text: string, // in the program's words; empty where it was not reached
     readonly status: number, // 0: not reached
+    readonly reason: string = '', // what the page goes by; empty: the code alone
   ) {
     super(`${code}: ${text}`);
     this.name = 'ApiError';

@@ -1,11 +1,13 @@
 // Every call of docs/panel-api.md, typed. A call that fails throws ApiError; one that is aborted throws what fetch
 // throws then (isAbort).
+import { newKey } from '../lib/newKey.ts';
 import { path, request, withQuery } from './request.ts';
 import type {
   Basket,
   ChangeableSettings,
   Check,
   Clip,
+  ExportWarning,
   HostLogLine,
   OptionGroup,
   PageOfClips,
@@ -21,13 +23,14 @@ import type {
   State,
   Task,
   TaskLogLine,
+  Texts,
   Usage,
 } from './types.ts';
 
 type Signal = AbortSignal | undefined;
 
 export const getState = (signal?: Signal) => request<State>(path('state'), { signal });
-export const getTexts = (signal?: Signal) => request<Record<string, string>>(path('texts'), { signal });
+export const getTexts = (signal?: Signal) => request<Texts>(path('texts'), { signal });
 export const openLink = (url: string) =>
   request<object>(path('links'), { method: 'POST', body: { url } });
 
@@ -41,7 +44,7 @@ export const getSignInForms = (repository: string, signal?: Signal) =>
   request<SignInForms>(of(repository, 'login'), { signal });
 export const signIn = (repository: string, values: Record<string, string>) =>
   request<SignInResult>(of(repository, 'login'), { method: 'POST', body: { values } });
-export const signOut = (repository: string) => request<object>(of(repository, 'logout'), { method: 'POST' });
+export const signOut = (repository: string) => request<SignInResult>(of(repository, 'logout'), { method: 'POST' });
 export const getOptions = (repository: string, signal?: Signal) =>
   request<{ groups: OptionGroup[] }>(of(repository, 'options'), { signal });
 export const setOption = (repository: string, group: number, index: number, value: string) =>
@@ -49,10 +52,13 @@ export const setOption = (repository: string, group: number, index: number, valu
 
 // Clips
 
+// This page, told from others at the same program: a search gives way to those of its own page alone.
+const asker = newKey();
+
 export const search = (repository: string, words: string, page: number, pageSize: number, signal?: Signal) =>
-  request<PageOfClips>(of(repository, 'search'), { query: { words, page, pageSize }, signal });
+  request<PageOfClips>(of(repository, 'search'), { query: { words, page, pageSize, asker }, signal });
 export const cancelSearch = (repository: string) =>
-  request<object>(of(repository, 'search'), { method: 'DELETE' });
+  request<object>(of(repository, 'search'), { method: 'DELETE', query: { asker } });
 export const getOwned = (repository: string, signal?: Signal) =>
   request<PageOfClips>(of(repository, 'owned'), { signal });
 export const getClip = (repository: string, clip: string, signal?: Signal) =>
@@ -68,6 +74,9 @@ export const setBasket = (repository: string, clips: string[]) =>
   request<Basket>(of(repository, 'basket'), { method: 'PUT', body: { clips } });
 export const buy = (repository: string, key: string, clips: string[], payment: Payment) =>
   request<Purchase>(of(repository, 'purchases'), { method: 'POST', body: { key, clips, payment } });
+// An order whose answer was lost: where the program does not have it, it never will. That one has no clips.
+export const withdrawOrder = (repository: string, key: string) =>
+  request<Purchase>(of(repository, 'purchases', key), { method: 'DELETE' });
 export const getPurchases = (repository: string, signal?: Signal) =>
   request<{ purchases: Purchase[] }>(of(repository, 'purchases'), { signal });
 export const fetchClips = (repository: string, clips: string[]) =>
@@ -103,7 +112,7 @@ export const getUsage = (sequence: string, signal?: Signal) =>
 
 export type ExportFormat = 'mlt' | 'edl' | 'fcpxml' | 'otio';
 export const checkExport = (sequence: string, format: ExportFormat, signal?: Signal) =>
-  request<{ warnings: string[] }>(path('sequences', sequence, 'export'), { query: { format, check: 1 }, signal });
+  request<{ warnings: ExportWarning[] }>(path('sequences', sequence, 'export'), { query: { format, check: 1 }, signal });
 
 // Addresses of files to keep; a link with the attribute "download" leads there.
 export const usageFileAddress = (sequence: string, format: 'csv' | 'json') =>

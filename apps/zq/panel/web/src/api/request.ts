@@ -21,10 +21,11 @@ export function withQuery(address: string, query: Record<string, string | number
   return pairs.length === 0 ? address : `${address}?${pairs.join('&')}`;
 }
 
-async function errorOf(response: Response): Promise<ApiError> {
+// What an answer from 400 on says.
+export async function errorOf(response: Response): Promise<ApiError> {
   try {
-    const answer = (await response.json()) as { error?: { code?: ErrorCode; text?: string } };
-    return new ApiError(answer.error?.code ?? 'internal', answer.error?.text ?? '', response.status);
+    const { error } = (await response.json()) as { error?: { code?: ErrorCode; text?: string; reason?: string } };
+    return new ApiError(error?.code ?? 'internal', error?.text ?? '', response.status, error?.reason ?? '');
   } catch {
     return new ApiError('internal', response.statusText, response.status);
   }

@@ -38,6 +38,7 @@ export interface Repository {
   credits: number | null;
   columns: Column[];
   thumbnailAspect: number;
+  words: string; // of the last search, of any page
 }
 
 export type ColumnKind = 'text' | 'number' | 'duration';
@@ -78,6 +79,7 @@ export interface SignInResult {
   code: number; // 0: signed in
   text: string;
   user: string;
+  reason: string; // of a failure that the code does not tell
 }
 
 export interface OptionGroup {
@@ -91,8 +93,9 @@ export interface SearchOption {
   id: string; // need not be unique
   tooltip: string;
   active: boolean;
+  hidden: boolean; // not to be shown at the moment
   value: string;
-  initial: string | null; // the value that filters nothing
+  initial: string | null; // the value that filters nothing; null: there is none, or no result is known to depend on it
   choices?: Choice[];
 }
 
@@ -127,9 +130,10 @@ export interface Clip {
 
 export interface Basket {
   clips: BasketClip[];
-  total: string; // empty where the prices do not tell
+  clipsToBuy: number; // neither owned nor undecided
+  total: string; // of these; empty where the prices do not tell
   credits: number | null;
-  unpriced: number;
+  unpriced: number; // of these
 }
 
 export interface BasketClip {
@@ -137,6 +141,7 @@ export interface BasketClip {
   name: string;
   price: string;
   owned: boolean;
+  undecided: boolean; // in a purchase of this account that runs or is in doubt
   used: number;
 }
 
@@ -145,12 +150,15 @@ export type PurchaseState = 'running' | 'done' | 'waiting' | 'doubtful' | 'refus
 
 export interface Purchase {
   key: string;
+  user: string; // whose account pays; empty where nothing has been sent yet
   clips: string[];
   payment: Payment;
   state: PurchaseState;
   code: number | null;
   text: string;
+  trouble: string; // why the list of what is owned could not be read; empty: nothing wrong with it
   page: string; // address of a payment page; empty: none
+  time: number; // when it was sent, in seconds since 1970; 0: not yet
 }
 
 // What relinking a clip to what is on this machine would do; the program decides what it tells of each clip.
@@ -158,16 +166,55 @@ export interface Check {
   clip: string;
   name: string;
   ok: boolean;
+  outcome: 'same' | 'cut_short' | 'no_edit' | 'no_file' | 'unusable';
+  cutShort: number;
   text: string;
-  differences: string[];
+  file: MediaFile;
+  differences: Difference[];
+  uses: CheckedUse[];
+}
+
+export interface MediaFile {
+  container: string;
+  videoCodec: string;
+  audioCodec: string;
+  width: number;
+  height: number;
+  rateNumerator: number;
+  rateDenominator: number;
+  frames: number;
+  duration_s: number;
+  audioChannels: number;
+}
+
+export interface CheckedUse {
+  number: number;
+  sequence: string;
+  recordIn: string;
+  cutShort: boolean;
+}
+
+// What the full media does not keep of what was promised; the values are the program's texts.
+export interface Difference {
+  what: 'rate' | 'length' | 'size' | 'sound';
+  promised: string;
+  found: string;
 }
 
 export interface Project {
   revision: number;
   writable: boolean;
-  undo: string; // what it would take back; empty: nothing
+  undo: string; // what it would take back, in the program's words; empty: nothing
   redo: string;
+  undoStep: Step | null;
+  redoStep: Step | null;
   sequences: string[];
+}
+
+export interface Step {
+  kind: 'placing' | 'relinking' | 'moving' | 'trimming' | 'removing';
+  clip: string; // its name
+  sequence: string; // empty of a relinking
 }
 
 export interface Sequence {
@@ -195,7 +242,7 @@ export interface Piece {
   sourceOut: string;
   recordIn: string;
   recordOut: string;
-  differences: string[];
+  differences: Difference[];
 }
 
 export type Ownership = 'owned' | 'not owned' | 'unknown';
@@ -203,33 +250,59 @@ export type Ownership = 'owned' | 'not owned' | 'unknown';
 export interface Usage {
   sequence: string;
   uses: Use[];
-  total: string;
+  others: UsedPiece[]; // of no repository that is loaded
+  repositories: Licensor[];
   clipsToBuy: number;
   clipsWithoutPrice: number;
+  total: number | null;
+  totalText: string; // empty where no price is in it
   ownershipKnown: boolean;
   credits: number | null;
 }
 
-export interface Use {
-  piece: number;
+export interface UsedPiece {
+  number: number; // of the piece
   clip: string;
   name: string;
-  ownership: Ownership;
-  price: string;
-  in: number;
-  out: number;
-  start: number;
+  sourceIn: string;
+  sourceOut: string;
+  recordIn: string;
+  recordOut: string;
+}
+
+export interface Use extends UsedPiece {
+  repository: string;
+  owned: Ownership;
+  priceText: string;
+}
+
+export interface Licensor {
+  shortName: string;
+  name: string;
+  user: string;
+  legalNotice: string;
+  credits: number | null;
+}
+
+export interface ExportWarning {
+  kind: 'preview' | 'other_rate' | 'too_many_events';
+  clip: string;
+  text: string;
 }
 
 export type TaskState = 'waiting' | 'running' | 'cancelling' | 'done' | 'failed' | 'cancelled';
 
 export interface Task {
   task: number;
+  kind: 'fetch' | 'other';
   name: string;
+  clips: string[]; // their names
+  clip: number; // place of the one that is fetched now, from 1; 0: none
+  fetched: number;
   state: TaskState;
   step: string;
   progress: number; // 0 to 1
-  bytes: number;
+  bytes: number | null; // these three null where unknown
   totalBytes: number | null;
   secondsLeft: number | null;
   text: string; // how it ended
@@ -242,6 +315,7 @@ export interface FailedClip {
   id: string;
   name: string;
   reason: string;
+  why: 'cancelled' | 'transfer' | 'refused' | 'media' | 'preview';
 }
 
 export interface TaskLogLine {
@@ -291,14 +365,21 @@ export type ChangeableSettings = Partial<
 export interface ServerTest {
   name: string;
   ok: boolean;
+  reason: 'answered' | 'no_answer' | 'late' | 'no_address';
+  status: number; // of the answer; 0: none
   text: string;
   seconds: number;
+}
+
+export interface Texts {
+  language: string;
+  texts: Record<string, string>;
 }
 
 export interface EventData {
   reset: null;
   repository: Repository;
-  options: { repository: string };
+  options: { repository: string; results: boolean }; // whether results are to be asked for again
   project: Project;
   task: Task;
   log: { task: number; lines: TaskLogLine[] };

@@ -1,5 +1,6 @@
 // Plays a preview under the pointer: its position across the picture is the position in the film. One film at a time
 // in the whole page, made when it is first wanted.
+import { withQuality } from '../state/previews.svelte.ts';
 import './scrub.css';
 
 const dwell_ms = 140;
@@ -41,7 +42,7 @@ export class HoverScrub {
     const video = (this.#video ??= this.#makeVideo());
     const line = (this.#line ??= makeLine());
     line.style.setProperty('--scrub', String(this.#fraction));
-    video.src = address;
+    video.src = withQuality(address);
     picture.append(video, line);
   }
 

@@ -1,5 +1,6 @@
 // What can be done with a clip of the results, by button and by key alike.
 import type { Clip } from '../api/types.ts';
+import { playback } from '../panels/player/Playback.svelte.ts';
 import { basket } from '../state/basket.svelte.ts';
 import { layout } from '../state/layout.svelte.ts';
 import { player } from '../state/player.svelte.ts';
@@ -13,6 +14,17 @@ export function playClip(clip: Clip): void {
     layout.close();
   }
   player.play(results.source.repository, clip);
+}
+
+// The clip that the player has goes on or stops; another one begins.
+export function playOrPause(clip: Clip): void {
+  const source = player.source;
+  const isThere = source?.clip.id === clip.id && source.repository === results.source.repository;
+  if (isThere && player.shows === 'clip') {
+    playback.toggle();
+  } else {
+    playClip(clip);
+  }
 }
 
 export function placeClip(clip: Clip): void {

@@ -5,11 +5,16 @@ import { fillIn, pluralKey, type Values } from '../lib/fillIn.ts';
 let texts = $state.raw<Record<string, string>>({});
 let language = $state('en');
 
-// Throws as getTexts.
-export async function loadTexts(newLanguage: string): Promise<void> {
-  texts = await getTexts();
-  language = newLanguage;
-  document.documentElement.lang = knownLanguage();
+let asked = 0;
+
+// The texts in the language that the program has now; what was asked for last holds. Throws as getTexts.
+export async function loadTexts(): Promise<void> {
+  const number = ++asked;
+  const answer = await getTexts();
+  if (number === asked) {
+    ({ texts, language } = answer);
+    document.documentElement.lang = knownLanguage();
+  }
 }
 
 // The text of that key. A key without a text shows itself, so that a gap is seen and not hidden.
@@ -28,6 +33,11 @@ export function currentLanguage(): string {
 
 export function formatNumber(value: number): string {
   return new Intl.NumberFormat(knownLanguage()).format(value);
+}
+
+// Of a fraction from 0 to 1, in whole percent.
+export function formatPercent(fraction: number): string {
+  return new Intl.NumberFormat(knownLanguage(), { style: 'percent', maximumFractionDigits: 0 }).format(fraction);
 }
 
 // The language as the browser knows it: the pseudo-language of the tests is none.

@@ -11,6 +11,7 @@ export const paths = {
   download: 'M8 2.5v8M4.5 7.5 8 11l3.5-3.5M3 13.5h10',
   faster: 'M2.5 4v8L8 8zM8.5 4v8L14 8z',
   filter: 'M2.5 4h11M4.5 8h7M6.5 12h3',
+  fit: 'M2 3v10M14 3v10M4.5 8h7M6.5 6l-2 2 2 2M9.5 6l2 2-2 2',
   forward: 'm6 3 5 5-5 5',
   grid: 'M2.5 2.5h4.5v4.5H2.5zM9 2.5h4.5v4.5H9zM2.5 9h4.5v4.5H2.5zM9 9h4.5v4.5H9z',
   keyboard: 'M1.5 4h13v8h-13zM4 6.75h.01M6.7 6.75h.01M9.4 6.75h.01M12 6.75h.01M5 9.5h6',

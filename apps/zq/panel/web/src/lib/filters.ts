@@ -13,6 +13,16 @@ export function isFiltering(option: SearchOption): boolean {
   return option.active && option.initial !== null && option.value !== option.initial;
 }
 
+// Whether it has a place among the filters: what only concerns previews has its place beside them too.
+export function isShown(option: SearchOption): boolean {
+  return !option.hidden;
+}
+
+// On which no results are known to depend, such as the quality of previews.
+export function concernsPreviews(option: SearchOption): boolean {
+  return option.type === 'boolean' && option.initial === null;
+}
+
 export function activeFilters(groups: readonly OptionGroup[]): ActiveFilter[] {
   return groups.flatMap((group, groupIndex) =>
     group.options.flatMap((option, index) => {

@@ -9,20 +9,20 @@ export interface Sorting {
 export type Comparable = number | string | null;
 
 // "1:02:03" and "0:05" are lengths, "$1,249.50" and "29.97" amounts; a column's texts are compared as what its kind
-// says, and what is no number of that kind counts as nothing.
+// says, and what is no number of that kind counts as nothing. A text is a text, also one that begins with a number.
 export function comparable(text: string, kind: Column['kind']): Comparable {
   const trimmed = text.trim();
   if (trimmed === '') {
     return null;
   }
+  if (kind === 'text') {
+    return trimmed;
+  }
   if (kind === 'duration' && /^\d+(:\d+)+([.;]\d+)?$/.test(trimmed)) {
     return trimmed.split(':').reduce((sum, part) => sum * 60 + Number(part.replace(';', '.')), 0);
   }
   const amount = /^[^\d-]{0,3}(-?\d[\d,]*(?:\.\d+)?)\D*$/.exec(trimmed)?.[1];
-  if (amount !== undefined) {
-    return Number(amount.replaceAll(',', ''));
-  }
-  return kind === 'text' ? trimmed : null;
+  return amount === undefined ? null : Number(amount.replaceAll(',', ''));
 }
 
 // Nothing comes last in both directions; numbers come before words.

@@ -1,10 +1,7 @@
 // Where the pieces of a sequence lie in the strip, and where things land in it. All of it is to scale: so many pixels
 // for a second.
 
-export interface Timed {
-  in: number;
-  out: number;
-}
+import type { Span, Timed } from './sequenceTime.ts';
 
 export interface Box {
   left: number;
@@ -14,13 +11,8 @@ export interface Box {
 export const leastScale = 0.05;
 export const mostScale = 400;
 
-export function layOut(pieces: readonly Timed[], scale: number): Box[] {
-  let at = 0;
-  return pieces.map((piece) => {
-    const begin = at;
-    at += Math.max(0, piece.out - piece.in);
-    return { left: begin * scale, width: (at - begin) * scale };
-  });
+export function layOut(spans: readonly Span[], scale: number): Box[] {
+  return spans.map(({ begin, end }) => ({ left: begin * scale, width: (end - begin) * scale }));
 }
 
 // The scale that shows all of it.
@@ -28,8 +20,27 @@ export function fittingScale(duration: number, width: number): number {
   return duration > 0 && width > 0 ? bounded(width / duration) : 20;
 }
 
+// The scale at which a name can be read in three of four pieces; that which shows all of it where it is large enough.
+export function readableScale(spans: readonly Span[], width: number, nameWidth = 96): number {
+  const lengths = spans.map((span) => span.end - span.begin).sort((a, b) => a - b);
+  const usual = lengths[Math.floor(lengths.length / 4)] ?? 0;
+  const fitting = fittingScale(spans.at(-1)?.end ?? 0, width);
+  return usual > 0 ? bounded(Math.max(fitting, nameWidth / usual)) : fitting;
+}
+
 export function bounded(scale: number): number {
   return Math.min(Math.max(scale, leastScale), mostScale);
+}
+
+// Where the view begins after a change of scale, so that what is at that place of it stays there.
+export function keptScroll(scroll: number, anchor: number, before: number, after: number): number {
+  return ((scroll + anchor) / before) * after - anchor;
+}
+
+// What a change of scale holds on to, as a place in the view: the first of these that is in it, else its middle.
+export function anchorOf(wanted: readonly (number | null)[], scroll: number, width: number): number {
+  const seen = wanted.find((x) => x !== null && x >= scroll && x <= scroll + width) ?? null;
+  return seen === null ? width / 2 : seen - scroll;
 }
 
 // The place between pieces that is nearest: 0 before the first, their number after the last.

@@ -1,14 +1,16 @@
 import { asApiError, isAbort } from '../api/ApiError.ts';
-import { t } from '../i18n/texts.svelte.ts';
+import { say } from '../i18n/say.ts';
+import { failureSaid, type Said } from '../lib/wording.ts';
 import { notices } from './notices.svelte.ts';
 
-// The words for a failure that a person sees.
+// What a person sees of a failure.
+export function saidOf(error: unknown): Said {
+  return failureSaid(asApiError(error));
+}
+
+// The same without the program's own words.
 export function failureText(error: unknown): string {
-  const failure = asApiError(error);
-  if (failure.code === 'unreachable') {
-    return t('failure.unreachable');
-  }
-  return failure.text === '' ? t('failure.internal') : failure.text;
+  return say(saidOf(error));
 }
 
 // Runs what a person asked for; a failure becomes a notice. Undefined then, and when it was aborted.
@@ -17,7 +19,7 @@ export async function attempt<Result>(work: () => Promise<Result>): Promise<Resu
     return await work();
   } catch (error) {
     if (!isAbort(error)) {
-      notices.add('problem', failureText(error));
+      notices.tell('problem', saidOf(error));
     }
     return undefined;
   }

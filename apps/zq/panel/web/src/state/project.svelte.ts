@@ -1,13 +1,17 @@
 // The project, and the sequence that is worked on. The sequence is read anew whenever the project's revision rises,
 // whoever raised it.
 import * as api from '../api/client.ts';
-import type { Project, Sequence } from '../api/types.ts';
+import type { Project, Sequence, Step } from '../api/types.ts';
+import { say } from '../i18n/say.ts';
 import { t } from '../i18n/texts.svelte.ts';
+import { stepSaid } from '../lib/wording.ts';
 import { attempt } from './failure.ts';
 import { read, write } from './memory.ts';
 import { notices } from './notices.svelte.ts';
 
-const none: Project = { revision: 0, writable: false, undo: '', redo: '', sequences: [] };
+const none: Project = { revision: 0, writable: false, undo: '', redo: '', undoStep: null, redoStep: null, sequences: [] };
+
+const stepText = (step: Step | null): string => (step === null ? '' : say(stepSaid(step)));
 
 class ProjectState {
   project = $state.raw<Project>(none);
@@ -15,6 +19,14 @@ class ProjectState {
   // Of the sequence that is worked on; it need not exist yet.
   name = $state('');
   #asked = 0;
+
+  // What would be taken back, and done again; empty where there is nothing.
+  get undoText(): string {
+    return stepText(this.project.undoStep);
+  }
+  get redoText(): string {
+    return stepText(this.project.redoStep);
+  }
 
   set(project: Project): void {
     const changed = project.revision !== this.project.revision;
@@ -62,7 +74,7 @@ class ProjectState {
     const answer = await attempt(api.undo);
     if (answer !== undefined) {
       this.set(answer.project);
-      notices.add('info', t('sequence.undone', { what: answer.text }));
+      notices.add('info', t('sequence.undone', { what: stepText(answer.project.redoStep) }));
     }
   }
 
@@ -70,7 +82,7 @@ class ProjectState {
     const answer = await attempt(api.redo);
     if (answer !== undefined) {
       this.set(answer.project);
-      notices.add('info', t('sequence.redone', { what: answer.text }));
+      notices.add('info', t('sequence.redone', { what: stepText(answer.project.undoStep) }));
     }
   }
 

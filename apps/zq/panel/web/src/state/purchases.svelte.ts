@@ -1,7 +1,9 @@
-// The purchases of this run, by repository, the latest first.
+// The purchases that the program tells of, by repository, the latest first.
 import * as api from '../api/client.ts';
 import type { Purchase } from '../api/types.ts';
+import { basket } from './basket.svelte.ts';
 import { attempt } from './failure.ts';
+import { repositories } from './repositories.svelte.ts';
 
 class PurchasesState {
   all = $state.raw<Record<string, Purchase[]>>({});
@@ -19,11 +21,15 @@ class PurchasesState {
 
   take(repository: string, purchase: Purchase): void {
     const list = this.of(repository);
-    const known = list.some((other) => other.key === purchase.key);
-    const next = known
+    const known = list.find((other) => other.key === purchase.key);
+    const next = known !== undefined
       ? list.map((other) => (other.key === purchase.key ? purchase : other))
       : [purchase, ...list];
     this.all = { ...this.all, [repository]: next };
+    // What can be bought, and its total, are other ones now.
+    if (known?.state !== purchase.state && repository === repositories.shortName) {
+      void basket.load();
+    }
   }
 }
 

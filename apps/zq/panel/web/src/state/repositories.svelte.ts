@@ -37,8 +37,12 @@ class Repositories {
 
   async loadOptions(): Promise<void> {
     const shortName = this.shortName;
-    const { groups } = await api.getOptions(shortName);
-    this.#take(shortName, groups);
+    let groups: OptionGroup[] = [];
+    try {
+      ({ groups } = await api.getOptions(shortName));
+    } finally {
+      this.#take(shortName, groups);
+    }
   }
 
   async setOption(group: number, index: number, value: string): Promise<void> {

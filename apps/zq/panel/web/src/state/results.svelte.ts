@@ -166,7 +166,7 @@ class Results {
 
   async #loadPage(page: number): Promise<void> {
     const generation = this.generation;
-    this.#stale.delete(page);
+    const isAnew = this.#stale.delete(page);
     try {
       const answer = await ask(this.source, page, this.#pageSize);
       if (generation !== this.generation || this.phase !== 'done') {
@@ -178,30 +178,22 @@ class Results {
       this.total = this.source.owned ? answer.clips.length : answer.totalCount;
       this.items = withPage(this.items, page, this.#pageSize, answer.clips, this.total);
       this.#pages.add(page);
+      if (isAnew) {
+        this.pictureAttempt++;
+      }
     } catch (error) {
-      if (generation === this.generation && !isAbort(error)) {
+      // A new search that runs has taken this one's place.
+      if (generation === this.generation && this.phase === 'done' && !isAbort(error)) {
         this.pageFailure = asApiError(error);
       }
     }
   }
 }
 
-// The program answers one search of a repository at a time: where another panel cancels the one that it has begun,
-// this page's may end with it, and is asked again.
-const mostTries = 4;
-
-async function ask(source: Source, page: number, pageSize: number, signal?: AbortSignal): Promise<PageOfClips> {
-  for (let tries = 1; ; tries++) {
-    try {
-      return source.owned
-        ? await api.getOwned(source.repository, signal)
-        : await api.search(source.repository, source.words, page, pageSize, signal);
-    } catch (error) {
-      if (isAbort(error) || signal?.aborted === true || asApiError(error).code !== 'conflict' || tries === mostTries) {
-        throw error;
-      }
-    }
-  }
+function ask(source: Source, page: number, pageSize: number, signal?: AbortSignal): Promise<PageOfClips> {
+  return source.owned
+    ? api.getOwned(source.repository, signal)
+    : api.search(source.repository, source.words, page, pageSize, signal);
 }
 
 export const results = new Results();

@@ -4,7 +4,6 @@ import { changesTowards, isSameSearch, readEntry, valuesOf, type PastSearch } fr
 import { activeFilters, toggled } from '../lib/filters.ts';
 import { Settle } from '../lib/settle.ts';
 import { attempt } from './failure.ts';
-import { read, write } from './memory.ts';
 import { basket } from './basket.svelte.ts';
 import { repositories } from './repositories.svelte.ts';
 import { results } from './results.svelte.ts';
@@ -22,6 +21,8 @@ class Search {
   filters = $derived(activeFilters(repositories.groups));
 
   #current: PastSearch | null = null;
+  // Of each repository what this page has looked for; before that, what the program remembers.
+  #words = new Map<string, string>();
   #shownSince = 0;
   #restoring = 0;
   #ownChange = false;
@@ -35,9 +36,7 @@ class Search {
       await this.#restore(entry.search);
       return;
     }
-    this.typed = read(wordsKey());
-    await attempt(() => repositories.loadOptions());
-    await this.run();
+    await this.#begin();
   }
 
   type(words: string): void {
@@ -48,10 +47,6 @@ class Search {
   // Searches with what is typed and chosen.
   async run(): Promise<void> {
     this.#typing.cancel();
-    const words = this.typed.trim();
-    if (!this.owned) {
-      write(wordsKey(), words);
-    }
     this.#remember();
     await this.#ask();
   }
@@ -66,9 +61,14 @@ class Search {
   async chooseRepository(shortName: string): Promise<void> {
     repositories.choose(shortName);
     this.owned = false;
-    this.typed = read(wordsKey());
     basket.clear();
     void basket.load();
+    await this.#begin();
+  }
+
+  // With the words that the repository was last searched for.
+  async #begin(): Promise<void> {
+    this.typed = this.#words.get(repositories.shortName) ?? repositories.current?.words ?? '';
     await attempt(() => repositories.loadOptions());
     await this.run();
   }
@@ -93,9 +93,15 @@ class Search {
   }
 
   // Also for a change that another panel has made.
-  optionsChanged(repository: string): void {
-    if (repository === repositories.shortName && this.#restoring === 0) {
+  optionsChanged(repository: string, resultsDepend: boolean): void {
+    if (repository !== repositories.shortName || this.#restoring !== 0) {
+      return;
+    }
+    if (resultsDepend) {
       this.#optionsChanged.later();
+    } else {
+      this.#ownChange = false;
+      void attempt(() => repositories.loadOptions());
     }
   }
 
@@ -180,12 +186,11 @@ class Search {
 
   async #ask(item = 0): Promise<void> {
     this.beginAt = item;
+    if (!this.owned) {
+      this.#words.set(repositories.shortName, this.typed.trim());
+    }
     await results.run({ repository: repositories.shortName, words: this.typed.trim(), owned: this.owned });
   }
-}
-
-function wordsKey(): string {
-  return `words.${repositories.shortName}`;
 }
 
 export const search = new Search();

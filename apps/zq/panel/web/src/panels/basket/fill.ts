@@ -18,7 +18,7 @@ export async function fillFromSequence(): Promise<number | undefined> {
       .map((piece) => piece.piece),
   );
   const had = basket.basket.clips.map((clip) => clip.id);
-  const unowned = usage.uses.filter((use) => ours.has(use.piece) && use.ownership !== 'owned').map((use) => use.clip);
+  const unowned = usage.uses.filter((use) => ours.has(use.number) && use.owned !== 'owned').map((use) => use.clip);
   const wanted = [...new Set([...had, ...unowned])];
   if (wanted.length === had.length) {
     return 0;

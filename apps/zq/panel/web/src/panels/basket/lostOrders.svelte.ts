@@ -5,6 +5,7 @@ import type { Purchase } from '../../api/types.ts';
 import { t } from '../../i18n/texts.svelte.ts';
 import { attempt } from '../../state/failure.ts';
 import { purchases } from '../../state/purchases.svelte.ts';
+import { repositories } from '../../state/repositories.svelte.ts';
 
 class LostOrders {
   #all = $state.raw<{ repository: string; purchase: Purchase }[]>([]);
@@ -18,31 +19,32 @@ class LostOrders {
       .map((order) => order.purchase);
   }
 
-  isLost(key: string): boolean {
-    return this.#all.some((order) => order.purchase.key === key);
+  isLost(repository: string, key: string): boolean {
+    return this.of(repository).some((purchase) => purchase.key === key);
   }
 
   add(repository: string, order: Pick<Purchase, 'key' | 'clips' | 'payment'>): void {
-    const purchase: Purchase = { ...order, state: 'doubtful', code: null, text: t('basket.lost'), page: '' };
+    const user = repositories.find(repository)?.user ?? '';
+    const purchase: Purchase = { ...order, user, state: 'doubtful', code: null, text: '', trouble: '', page: '', time: 0 };
     this.#all = [{ repository, purchase }, ...this.#all];
   }
 
-  // Asks the program whether the order has reached it. One that it does not know was not bought.
+  // Asks the program what became of the order. One that has not reached it is not sent any more when it arrives later:
+  // only then it is certain that nothing was bought.
   async ask(repository: string, key: string): Promise<void> {
-    const answer = await attempt(() => api.getPurchases(repository));
+    const answer = await attempt(() => api.withdrawOrder(repository, key));
     if (answer === undefined) {
       return;
     }
-    for (const purchase of [...answer.purchases].reverse()) {
-      purchases.take(repository, purchase);
+    if (answer.clips.length > 0) {
+      purchases.take(repository, answer);
+      return;
     }
-    if (!answer.purchases.some((purchase) => purchase.key === key)) {
-      this.#all = this.#all.map((order) =>
-        order.purchase.key === key
-          ? { ...order, purchase: { ...order.purchase, state: 'refused', text: t('basket.never_arrived') } }
-          : order,
-      );
-    }
+    this.#all = this.#all.map((order) =>
+      order.purchase.key === key
+        ? { ...order, purchase: { ...order.purchase, state: 'refused', text: t('basket.never_arrived') } }
+        : order,
+    );
   }
 
   isHidden(key: string): boolean {

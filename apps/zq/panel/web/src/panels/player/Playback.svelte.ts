@@ -1,7 +1,8 @@
-// The film in the player: where it stands, how fast it runs and in which direction, and what went wrong.
+// The clip in the player: where it stands, how fast it runs and in which direction, and what went wrong.
 import { untrack } from 'svelte';
 import { middleOf, frameAt } from '../../lib/timecode.ts';
 import { previewFailure } from './previewFailure.ts';
+import type { Transport } from './Transport.ts';
 
 const unknownRate = 25; // frames a second to step by where the rate is not known
 const dwell_ms = 150; // a clip that is only passed on the way to another one is not loaded
@@ -14,7 +15,7 @@ interface Wish {
   stopAt: number | null; // null: the end
 }
 
-export class Playback {
+class Playback implements Transport {
   time = $state(0);
   duration = $state(0); // 0 until it is known
   speed = $state(0); // 0: stands; negative: backward
@@ -26,6 +27,8 @@ export class Playback {
 
   #video: HTMLVideoElement | null = null;
   #address = '';
+  #film = ''; // which clip that is of, whatever the quality
+  #left: { video: HTMLVideoElement; plays: boolean } | null = null; // how the last film was left
   #pending: number | null = null; // where the next seek goes once the one that runs has ended
   #stopAt: number | null = null;
   #wish: Wish | null = null;
@@ -44,8 +47,9 @@ export class Playback {
     return Math.max(0, frameAt(this.duration, this.perSecond) - 1);
   }
 
-  // For the element that shows the film; the film of another address takes this one's place.
-  attach(video: HTMLVideoElement, address: string): () => void {
+  // For the element that shows the film; that of another address takes its place. The same film in another quality
+  // goes on where it is.
+  attach(video: HTMLVideoElement, address: string, film: string): () => void {
     this.#video = video;
     const listeners: [keyof HTMLMediaElementEventMap, () => void][] = [
       ['loadedmetadata', () => this.#opened()],
@@ -61,14 +65,15 @@ export class Playback {
     listeners.forEach(([name, listener]) => video.addEventListener(name, listener));
     // The player comes and goes with the room that there is; the film stays where it stood.
     const stood = untrack(() => this.time);
-    if (this.#wish === null && address === this.#address && stood > 0) {
-      this.#wish = { address, at: stood, plays: false, stopAt: null };
+    if (film === this.#film && (this.#wish === null || this.#wish.address !== address) && stood > 0) {
+      this.#wish = { address, at: stood, plays: this.#left?.video === video && this.#left.plays, stopAt: null };
     }
     const wait_ms = this.#wish?.address === address ? 0 : dwell_ms;
     const timer = setTimeout(() => (video.src = address), wait_ms);
     untrack(() => {
       this.#forget();
       this.#address = address;
+      this.#film = film;
       video.muted = this.muted;
       this.isWaiting = true;
     });
@@ -76,6 +81,7 @@ export class Playback {
       clearTimeout(timer);
       listeners.forEach(([name, listener]) => video.removeEventListener(name, listener));
       cancelAnimationFrame(this.#frame);
+      this.#left = { video, plays: this.speed === 1 };
       this.speed = 0;
       this.#video = null;
       // Ends the transfer.
@@ -255,7 +261,7 @@ export class Playback {
     const address = this.#address;
     this.speed = 0;
     this.isWaiting = false;
-    const text = await previewFailure(address);
+    const text = await previewFailure(address, this.isOpen);
     if (address === this.#address) {
       this.failure = { address, text };
     }

@@ -1,24 +1,29 @@
-// Why a preview does not play. The browser tells a page next to nothing, so the program is asked for the first byte.
+// Why a preview does not play. The browser tells a page next to nothing, so the program is asked for its bytes.
 import { ApiError } from '../../api/ApiError.ts';
-import type { ErrorCode } from '../../api/types.ts';
+import { errorOf } from '../../api/request.ts';
 import { t } from '../../i18n/texts.svelte.ts';
 import { failureText } from '../../state/failure.ts';
 
-export async function previewFailure(address: string): Promise<string> {
-  let response: Response;
-  try {
-    response = await fetch(address, { headers: { Range: 'bytes=0-0' }, credentials: 'same-origin' });
-  } catch {
-    return failureText(new ApiError('unreachable', '', 0));
+// One of these holds the index without which no film opens.
+const ranges = ['bytes=0-1048575', 'bytes=-65536'];
+
+// `hasPlayed`: the film was open, so that its format is one that the browser plays.
+export async function previewFailure(address: string, hasPlayed: boolean): Promise<string> {
+  for (const range of ranges) {
+    let response: Response;
+    try {
+      response = await fetch(address, { headers: { Range: range }, credentials: 'same-origin' });
+    } catch {
+      return failureText(new ApiError('unreachable', '', 0));
+    }
+    if (!response.ok) {
+      return failureText(await errorOf(response));
+    }
+    try {
+      await response.arrayBuffer();
+    } catch {
+      return t('player.interrupted');
+    }
   }
-  if (response.ok) {
-    void response.body?.cancel();
-    return t('player.not_playable');
-  }
-  try {
-    const answer = (await response.json()) as { error?: { code?: ErrorCode; text?: string } };
-    return failureText(new ApiError(answer.error?.code ?? 'internal', answer.error?.text ?? '', response.status));
-  } catch {
-    return failureText(new ApiError('internal', '', response.status));
-  }
+  return t(hasPlayed ? 'player.interrupted' : 'player.not_playable');
 }

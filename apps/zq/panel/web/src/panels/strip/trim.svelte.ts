@@ -3,7 +3,8 @@
 import type { Piece } from '../../api/types.ts';
 import { t } from '../../i18n/texts.svelte.ts';
 import { Settle } from '../../lib/settle.ts';
-import { toFrame, trimmed, type Edge, type Timed } from '../../lib/stripLayout.ts';
+import type { Timed } from '../../lib/sequenceTime.ts';
+import { toFrame, trimmed, type Edge } from '../../lib/stripLayout.ts';
 import { timecode } from '../../lib/timecode.ts';
 import { notices } from '../../state/notices.svelte.ts';
 import { project } from '../../state/project.svelte.ts';

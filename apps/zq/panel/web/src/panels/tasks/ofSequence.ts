@@ -22,7 +22,7 @@ export async function fetchOwned(): Promise<number | undefined> {
   if (usage === undefined) {
     return undefined;
   }
-  const owned = new Set(usage.uses.filter((use) => use.ownership === 'owned').map((use) => use.piece));
+  const owned = new Set(usage.uses.filter((use) => use.owned === 'owned').map((use) => use.number));
   const wanted = (project.sequence?.pieces ?? []).filter(
     (piece) => owned.has(piece.piece) && (piece.state === 'preview' || piece.state === 'missing'),
   );
@@ -35,15 +35,22 @@ export async function fetchOwned(): Promise<number | undefined> {
   return count;
 }
 
+export interface SequenceCheck {
+  checks: Check[];
+  unknown: number; // pieces of services that are not loaded: nobody can say anything of these
+}
+
 // What relinking would do to each clip of the sequence.
-export async function checkSequence(): Promise<Check[] | undefined> {
+export async function checkSequence(): Promise<SequenceCheck | undefined> {
+  const pieces = project.sequence?.pieces ?? [];
+  const known = pieces.filter((piece) => piece.repository !== '');
   const checks: Check[] = [];
-  for (const [repository, clips] of byRepository(project.sequence?.pieces ?? [])) {
+  for (const [repository, clips] of byRepository(known)) {
     const answer = await attempt(() => api.checkClips(repository, clips));
     if (answer === undefined) {
       return undefined;
     }
     checks.push(...answer.checks);
   }
-  return checks;
+  return { checks, unknown: pieces.length - known.length };
 }
