@@ -17,7 +17,9 @@ class Panel final : public Command {
 public:
     void declare(CLI::App& options) override {
         options
-            .add_option("--port", port_, "port of the loopback interface; where none is given, that of earlier runs or any free one")
+            .add_option(
+                "--port", port_,
+                "port of the loopback interface; where none is given, that of earlier runs or any free one")
             ->check(CLI::Range(lowestPort, highestPort))
             ->type_name("N");
         options.add_flag("--no-browser", noBrowser_, "do not open it in the web browser");

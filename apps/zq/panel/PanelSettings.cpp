@@ -104,8 +104,9 @@ public:
             has(body_.strings(), name) || has(body_.flags(), name) || has(body_.children(), name);
         if (isOther ||
             (number && (!(*number >= least && *number <= most) || *number != std::floor(*number)))) {
-            refuse(name, "is a whole number from " + std::to_string(static_cast<std::int64_t>(least)) +
-                             " to " + std::to_string(static_cast<std::int64_t>(most)),
+            refuse(name,
+                   "is a whole number from " + std::to_string(static_cast<std::int64_t>(least)) + " to " +
+                       std::to_string(static_cast<std::int64_t>(most)),
                    Reason::outOfRange);
         }
         return number ? std::optional(static_cast<std::int64_t>(*number)) : std::nullopt;

@@ -8,9 +8,9 @@
 
 namespace zq::panel {
 
-// What an account owns is asked for; where the service does not tell, it counts as unknown. Repositories whose
-// clips it does not use are left out. Throws ApiError(notFound) where there is no such sequence. Thread: any but
-// a desk's.
+// What an account owns is asked for; where the service does not tell, it counts as unknown. Repositories
+// whose clips it does not use are left out. Throws ApiError(notFound) where there is no such sequence.
+// Thread: any but a desk's.
 [[nodiscard]] SequenceUsage usageOf(Panel const& panel, std::string const& sequence);
 
 // The usage as an object. Thread: any.

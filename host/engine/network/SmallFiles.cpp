@@ -252,10 +252,9 @@ private:
 
     // Requests that still wait for a connection to that server.
     void dropUnsent(ServerAddress const& server) {
-        auto const first =
-            std::partition(running_.begin(), running_.end(), [&](auto const& get) {
-                return get->server() != server || info<long>(get->easy(), CURLINFO_REQUEST_SIZE) > 0;
-            });
+        auto const first = std::partition(running_.begin(), running_.end(), [&](auto const& get) {
+            return get->server() != server || info<long>(get->easy(), CURLINFO_REQUEST_SIZE) > 0;
+        });
         for (auto place = first; place != running_.end(); ++place) {
             curl_multi_remove_handle(owner_.multi_.get(), (*place)->easy());
         }

@@ -22,7 +22,8 @@ protected:
         options.stallTimeout = 30s;
     }
 
-    // Waited for in whole by tests of silence, and longer than a busy machine keeps a server of ours from answering.
+    // Waited for in whole by tests of silence, and longer than a busy machine keeps a server of ours from
+    // answering.
     static constexpr auto shortStall = 1500ms;
 
     // Of requests that are neither the first nor for the end.
