@@ -26,6 +26,10 @@ void sendNotFound(httplib::Response& response) {
     sendText(response, 404, "not found\n", plainType);
 }
 
+void sendExpired(httplib::Response& response) {
+    sendText(response, 403, "this address is not good, or no longer\n", plainType);
+}
+
 } // namespace
 
 MediaRoutes::MediaRoutes(Catalogue& catalogue, Renditions& renditions, DownloadAddresses const& downloads,
@@ -33,7 +37,11 @@ MediaRoutes::MediaRoutes(Catalogue& catalogue, Renditions& renditions, DownloadA
     : catalogue_(catalogue), renditions_(renditions), downloads_(downloads), patience_(patience) {}
 
 void MediaRoutes::answerRendition(std::string const& fileName, httplib::Request const& request,
-                                  httplib::Response& response) {
+                                  httplib::Response& response, DownloadAddresses::Expiry expiry) {
+    if (expiry == DownloadAddresses::Expiry::past) {
+        sendExpired(response);
+        return;
+    }
     std::optional<RenditionName> const name = parseRenditionName(fileName);
     std::optional<Clip> const clip = name ? catalogue_.find(name->clipId) : std::nullopt;
     if (!clip || clip->media.height < name->leastHeight) {
@@ -48,7 +56,7 @@ void MediaRoutes::answerFull(httplib::Request const& request, httplib::Response&
     std::optional<DownloadAddresses::Target> const target = downloads_.check(
         request.path, request.get_param_value("expires"), request.get_param_value("signature"));
     if (!target || expiry == DownloadAddresses::Expiry::past) {
-        sendText(response, 403, "this address is not good, or no longer\n", plainType);
+        sendExpired(response);
         return;
     }
     std::optional<Clip> const clip = catalogue_.find(target->clipId);

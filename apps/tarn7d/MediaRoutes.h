@@ -18,10 +18,11 @@ public:
     MediaRoutes(Catalogue& catalogue, Renditions& renditions, DownloadAddresses const& downloads,
                 std::chrono::milliseconds patience);
 
-    // Fills the answer to a GET or HEAD for a file name that a thumbnail or preview may have.
+    // Fills the answer to a GET or HEAD for a file name that a thumbnail or preview may have. With
+    // Expiry::past, every address has expired.
     void answerRendition(std::string const& fileName, httplib::Request const& request,
-                         httplib::Response& response);
-    // The same for a path below DownloadAddresses::folder. With Expiry::past, every address has expired.
+                         httplib::Response& response, DownloadAddresses::Expiry expiry);
+    // The same for a path below DownloadAddresses::folder.
     void answerFull(httplib::Request const& request, httplib::Response& response,
                     DownloadAddresses::Expiry expiry = DownloadAddresses::Expiry::usual);
 

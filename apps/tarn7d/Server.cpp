@@ -202,8 +202,8 @@ void Server::Implementation::addRoutes() {
         sendText(response, 200, frameQuarry_.answerSearch(request.target.substr(query), expiry), jsonType);
     });
     get(R"(/(?:icons/|previews/)?([0-9]{9,10}[._a-z0-9]{1,20}))",
-        [this](httplib::Request const& request, httplib::Response& response, Expiry) {
-            media_.answerRendition(request.matches[1].str(), request, response);
+        [this](httplib::Request const& request, httplib::Response& response, Expiry expiry) {
+            media_.answerRendition(request.matches[1].str(), request, response, expiry);
         });
     get("/full/.*", [this](httplib::Request const& request, httplib::Response& response, Expiry expiry) {
         media_.answerFull(request, response, expiry);

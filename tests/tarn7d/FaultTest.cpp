@@ -209,6 +209,10 @@ TEST_F(FaultTest, AnAddressExpiresBeforeItIsUsed) {
     fault({.path = "/full/", .kind = FaultKind::expiredAddress});
     EXPECT_EQ(connection.Get(good)->status, 403);
     EXPECT_EQ(connection.Get(good)->status, 200);
+    std::string const picture = "/icons/000000001_iconm.jpeg";
+    fault({.path = "/icons/", .kind = FaultKind::expiredAddress});
+    EXPECT_EQ(connection.Get(picture)->status, 403);
+    EXPECT_EQ(connection.Get(picture)->status, 200);
 }
 
 TEST_F(FaultTest, APurchaseWhoseAnswerIsLostIsNotChargedAgainWhenRepeated) {

@@ -100,7 +100,8 @@ bool RangeTransfer::takeLine(std::string_view line) {
         }
         headEnded_ = true;
         verdict_ = isRedirect() ? iRangeClient::Verdict::drop : client_->answered(job_, answer_);
-        return verdict_ != iRangeClient::Verdict::leave;
+        isLeft_ = verdict_ == iRangeClient::Verdict::leave;
+        return !isLeft_;
     }
     if (colon == std::string_view::npos) {
         return true;
@@ -143,7 +144,8 @@ std::size_t RangeTransfer::header(char* line, std::size_t size, std::size_t coun
 std::size_t RangeTransfer::takeBody(std::string_view bytes) {
     if (verdict_ == iRangeClient::Verdict::drop) {
         dropped_ += bytes.size();
-        return dropped_ <= mostDropped_bytes ? bytes.size() : 0;
+        isLeft_ = dropped_ > mostDropped_bytes;
+        return isLeft_ ? 0 : bytes.size();
     }
     switch (client_->received(job_, bytes)) {
     case iRangeClient::Flow::go:
@@ -153,6 +155,7 @@ std::size_t RangeTransfer::takeBody(std::string_view bytes) {
     case iRangeClient::Flow::leave:
         break;
     }
+    isLeft_ = true;
     return 0;
 }
 
@@ -239,13 +242,17 @@ void RangeTransfer::account(StreamError const& error) const {
     ServerStatistics call;
     call.server = client_->server().address().origin();
     call.requests = 1;
-    call.failures = error ? 1 : 0;
-    call.refusals = !error && answer_.status >= 400 ? 1 : 0;
+    // An answer that the file left is a failure where it was wrong, not where enough of it had come; nor is a
+    // request that was given up.
+    bool const isGivenUp = error.kind == StreamError::Kind::cancelled;
+    StreamError const& failure = isLeft_ && !isGivenUp ? job_.fault : error;
+    call.failures = failure && !isGivenUp ? 1 : 0;
+    call.refusals = !failure && answer_.status >= 400 ? 1 : 0;
     call.bytesSent = static_cast<std::uint64_t>(std::max(info<long>(easy(), CURLINFO_REQUEST_SIZE), 0L));
     call.bytesReceived = static_cast<std::uint64_t>(std::max<curl_off_t>(
         info<long>(easy(), CURLINFO_HEADER_SIZE) + info<curl_off_t>(easy(), CURLINFO_SIZE_DOWNLOAD_T), 0));
     call.totalTime = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - started_);
-    call.lastError = error.text;
+    call.lastError = failure.text;
     if (call.refusals != 0) {
         call.lastError = host_ + " answered with the error status " + std::to_string(answer_.status);
     }

@@ -69,6 +69,8 @@ private:
     bool headEnded_ = false;
     bool redirects_ = false;
     iRangeClient::Verdict verdict_ = iRangeClient::Verdict::drop;
+    bool isLeft_ =
+        false; // the file wanted no more of the answer, which libcurl takes for a mistake in writing
     std::uint64_t dropped_ = 0;
     int redirectCount_ = 0;
     Clock::time_point const started_ = Clock::now();

@@ -54,10 +54,10 @@ async function metSomething(what) {
   await world.service.goRight();
 }
 
-// Addresses of pictures do not expire, and nobody asks whether one has changed; one whose announced length is shorter
-// passes for whole, and the browser draws what there is of it.
+// Nobody asks whether a picture has changed; one whose announced length is shorter passes for whole, and the browser
+// draws what there is of it.
 const comesAllTheSame = ({ harmless, kind, values }) =>
-  harmless || ['changed-validator', 'expired-address'].includes(kind) || (kind === 'wrong-length' && values.bytes < 0);
+  harmless || kind === 'changed-validator' || (kind === 'wrong-length' && values.bytes < 0);
 
 test('a picture that does not come leaves a sign in its place, and comes with the next search', async () => {
   await panel.page.getByText(t('results.no_picture')).first().waitFor();
@@ -102,8 +102,8 @@ test('a preview that cannot be had says why, and plays when it is tried again', 
     await panel.until(async () => (await alert.count()) > 0 || (await isPlaying()), () => `${fault.name}: nothing happens`, 25_000);
     const isTold = (await alert.count()) > 0;
     await metSomething(fault.name);
-    // What changes all the time may hold still for one opening; the address of a preview is one that does not expire.
-    const mayPlay = fault.harmless || ['changed-validator', 'expired-address'].includes(fault.kind);
+    // What changes all the time may hold still for one opening.
+    const mayPlay = fault.harmless || fault.kind === 'changed-validator';
     assert.ok(isTold || mayPlay, `${fault.name}: it plays all the same`);
     assert.ok(!isTold || !fault.harmless, `${fault.name}: ${isTold ? await alert.textContent() : ''}`);
     if (isTold) {

@@ -9,8 +9,8 @@ const ranges = ['bytes=0-1048575', 'bytes=-65536'];
 
 // `hasPlayed`: the film was open, so that its format is one that the browser plays.
 export async function previewFailure(address: string, hasPlayed: boolean): Promise<string> {
+  let response: Response | undefined;
   for (const range of ranges) {
-    let response: Response;
     try {
       response = await fetch(address, { headers: { Range: range }, credentials: 'same-origin' });
     } catch {
@@ -25,5 +25,10 @@ export async function previewFailure(address: string, hasPlayed: boolean): Promi
       return t('player.interrupted');
     }
   }
-  return t(hasPlayed ? 'player.interrupted' : 'player.not_playable');
+  return t(hasPlayed ? 'player.interrupted' : isKnownFormat(response) ? 'player.not_opened' : 'player.not_playable');
+}
+
+// A known container may hold what the browser cannot decode, or may have been a broken one a moment ago.
+function isKnownFormat(response: Response | undefined): boolean {
+  return document.createElement('video').canPlayType(response?.headers.get('Content-Type') ?? '') !== '';
 }
