@@ -11,6 +11,20 @@ namespace {
     throw DatabaseError(code & 0xff, text);
 }
 
+constexpr int longestWait_ms = 5000;
+
+template <class Attempt>
+int repeatWhileBusy(Attempt const& attempt) {
+    constexpr int step_ms = 5;
+    int code = attempt();
+    for (int waited_ms = 0; (code & 0xff) == SQLITE_BUSY && waited_ms < longestWait_ms;
+         waited_ms += step_ms) {
+        sqlite3_sleep(step_ms);
+        code = attempt();
+    }
+    return code;
+}
+
 } // namespace
 
 bool DatabaseError::isDamage() const noexcept {
@@ -113,8 +127,13 @@ Database::Database(std::filesystem::path const& file, Sync sync) {
     if (code != SQLITE_OK) {
         fail(database, code);
     }
-    sqlite3_busy_timeout(database, 5000);
-    execute("PRAGMA journal_mode=WAL");
+    sqlite3_busy_timeout(database, longestWait_ms);
+    // Two that open a new file at once both want it alone for this, and one is refused without a wait.
+    int const wal = repeatWhileBusy(
+        [&] { return sqlite3_exec(database, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr); });
+    if (wal != SQLITE_OK) {
+        fail(database, wal);
+    }
     execute(sync == Sync::full ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL");
     execute("PRAGMA foreign_keys=ON");
 }

@@ -360,18 +360,18 @@ TEST_F(Buying, APaymentByPageWithoutItsPageIsRefusedSinceNobodyCanHavePaid) {
 }
 
 TEST_F(Buying, NobodyBuysWithoutAnAccount) {
-    repository_->signedInUser.clear();
+    signInAs(L"");
     EXPECT_EQ(failure(order("k", "\"1\"", "credits")), "conflict");
-    repository_->signedInUser = L"ada";
+    signInAs(L"ada");
     EXPECT_EQ(text(buy("k", "\"1\""), "state"), "done") << "the key is free: nothing had been sent";
-    repository_->form.clear();
+    handlers_->desk().ask([this](zq::Session&) { repository_->form.clear(); });
     EXPECT_EQ(failure(order("l", "\"1\"", "credits")), "conflict") << "it sells nothing";
 }
 
 TEST_F(Buying, WithoutAConnectionNothingIsSentAndTheKeyStaysFree) {
-    repository_->connectResult = 11;
+    handlers_->desk().ask([this](zq::Session&) { repository_->connectResult = 11; });
     EXPECT_EQ(failure(order("k", "\"1\"", "credits")), "failed");
-    repository_->connectResult = 0;
+    handlers_->desk().ask([this](zq::Session&) { repository_->connectResult = 0; });
     EXPECT_EQ(text(buy("k", "\"1\""), "state"), "done");
     EXPECT_EQ(sent_.size(), 1U);
 }
