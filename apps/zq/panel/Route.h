@@ -19,7 +19,7 @@ struct Route {
     Handler handler;
 };
 
-// The routes of one area are added by one function, such as addTaskRoutes(routes, panel).
+// The routes of one area are added by one function, such as addClipRoutes(routes, panel).
 using Routes = std::vector<Route>;
 
 } // namespace zq::panel

@@ -14,14 +14,12 @@ import type {
   Payment,
   Project,
   Purchase,
-  Repository,
   Sequence,
   ServerTest,
   Settings,
   SignInForms,
   SignInResult,
   State,
-  Task,
   TaskLogLine,
   Texts,
   Usage,
@@ -38,8 +36,6 @@ export const openLink = (url: string) =>
 
 const of = (repository: string, ...rest: (string | number)[]) => path('repositories', repository, ...rest);
 
-export const getRepository = (repository: string, signal?: Signal) =>
-  request<Repository>(of(repository), { signal });
 export const getSignInForms = (repository: string, signal?: Signal) =>
   request<SignInForms>(of(repository, 'login'), { signal });
 export const signIn = (repository: string, values: Record<string, string>) =>
@@ -96,7 +92,6 @@ export interface NewPiece {
 
 const piecesOf = (sequence: string, ...rest: number[]) => path('sequences', sequence, 'pieces', ...rest);
 
-export const getProject = (signal?: Signal) => request<Project>(path('project'), { signal });
 export const undo = () => request<{ text: string; project: Project }>(path('project', 'undo'), { method: 'POST' });
 export const redo = () => request<{ text: string; project: Project }>(path('project', 'redo'), { method: 'POST' });
 export const getSequence = (sequence: string, signal?: Signal) =>
@@ -122,7 +117,6 @@ export const exportAddress = (sequence: string, format: ExportFormat) =>
 
 // Tasks, logs, settings
 
-export const getTasks = (signal?: Signal) => request<{ tasks: Task[] }>(path('tasks'), { signal });
 export const cancelTask = (task: number) => request<object>(path('tasks', task), { method: 'DELETE' });
 export const retryTask = (task: number) =>
   request<{ task: number }>(path('tasks', task, 'retry'), { method: 'POST' });
