@@ -181,6 +181,29 @@ test('the report of what is used can be kept', async () => {
   assert.match(readFileSync(await download.path(), 'utf8'), /Red car/);
 });
 
+// The browser tells of the first one's end when the second one is asked for already.
+test('a dialog that opens as another one closes stays open', async () => {
+  const panel = await world.openPanel();
+  await panel.piece('Red car').waitFor();
+  for (const [one, other] of [['sequence.export', 'sequence.usage'], ['sequence.usage', 'sequence.export']]) {
+    await panel.button(one).click();
+    await panel.dialog.waitFor();
+    const opener = await panel.page.getByRole('button', { name: t(other), includeHidden: true }).elementHandle();
+    await panel.page.evaluate((button) => {
+      const dialog = document.querySelector('dialog[open]');
+      globalThis.closeIsTold = new Promise((resolve) => dialog.addEventListener('close', resolve));
+      dialog.close();
+      button.click();
+    }, opener);
+    await panel.page.evaluate(() => globalThis.closeIsTold);
+    await panel.dialog.getByRole('heading').first().waitFor();
+    await panel.page.evaluate(() => new Promise((resolve) => requestAnimationFrame(() => setTimeout(resolve))));
+    assert.equal(await panel.dialog.count(), 1, other);
+    await panel.page.keyboard.press('Escape');
+    await panel.dialog.waitFor({ state: 'detached' });
+  }
+});
+
 test('signed out, nothing of the account is left on the page', async () => {
   const panel = await world.openPanel();
   await panel.page.getByRole('button', { name: t('account.signed_in_as', { user: 'editor' }) }).click();
