@@ -17,6 +17,12 @@ if(ZQ_CCACHE)
   set(CMAKE_CXX_COMPILER_LAUNCHER "${ZQ_CCACHE}")
 endif()
 
+# Fifty programs with tests take the usual linker minutes. What people run is linked by that one all the same.
+find_program(ZQ_LLD ld.lld)
+if(ZQ_LLD AND CMAKE_BUILD_TYPE STREQUAL "Debug")
+  add_link_options(-fuse-ld=lld)
+endif()
+
 add_library(zq_settings INTERFACE)
 target_compile_options(zq_settings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
@@ -31,14 +37,3 @@ if(ZQ_SANITIZE)
                       $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   add_link_options(-fsanitize=${ZQ_SANITIZE})
 endif()
-
-# The headers that nearly every source includes are read once a target. Off in builds that are to show that each
-# source includes what it needs.
-option(ZQ_PRECOMPILE_HEADERS "Precompile the standard headers, and GoogleTest for tests" OFF)
-function(zq_precompile_headers target)
-  if(ZQ_PRECOMPILE_HEADERS)
-    target_precompile_headers(${target} PRIVATE
-      <algorithm> <array> <atomic> <chrono> <condition_variable> <cstdint> <cstring> <filesystem> <fstream> <functional>
-      <map> <memory> <mutex> <optional> <set> <span> <sstream> <string> <string_view> <thread> <utility> <vector> ${ARGN})
-  endif()
-endfunction()

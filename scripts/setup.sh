@@ -16,8 +16,12 @@ if ! command -v npm >/dev/null || ! node -e 'process.exit(process.versions.node.
   run_packages+=(nodejs npm)
 fi
 # nlohmann-json3-dev is a second reader of JSON for tests and benchmarks, curl the one that we are measured against;
-# libxml2-utils holds XML against its grammar, chromium shows the panel, and clang builds what runs under sanitizers.
-test_packages=(clang libclang-rt-14-dev libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev binutils curl libxml2-utils chromium)
+# libxml2-utils holds XML against its grammar, chromium shows the panel, clang builds what runs under sanitizers, and
+# lld links all that is only tested.
+test_packages=(
+  clang libclang-rt-14-dev lld libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev binutils curl libxml2-utils
+  chromium
+)
 
 case "${1:-}" in
   run) packages=("${run_packages[@]}") ;;
