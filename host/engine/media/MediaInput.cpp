@@ -133,12 +133,17 @@ void MediaInput::choose(AVStream const& stream) noexcept {
 MediaInput::Read MediaInput::read(AVPacket& packet) noexcept {
     for (;;) {
         error_ = isTaskCancelled() ? AVERROR_EXIT : av_read_frame(container_.get(), &packet);
+        // A packet that could not be read to its end was passed over, and the one behind it shows a wrong picture.
+        if (io_.hasFailed()) {
+            av_packet_unref(&packet);
+            return Read::failed;
+        }
         if (error_ == 0 && packet.stream_index == chosen_) {
             return Read::packet;
         }
         av_packet_unref(&packet);
         if (error_ < 0) {
-            return error_ == AVERROR_EOF && !io_.hasFailed() ? Read::end : Read::failed;
+            return error_ == AVERROR_EOF ? Read::end : Read::failed;
         }
     }
 }

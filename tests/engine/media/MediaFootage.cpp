@@ -125,14 +125,20 @@ fs::path mediaFootage(std::string const& name) {
         throw std::runtime_error("no such footage: " + name);
     }
     fs::create_directories(kept.parent_path());
-    // Each test is a process of its own: two may make the same file at a time, each under its own name.
+    // Each test is a process of its own: two may make the same file at a time, each under its own name. Their
+    // noise differs, so the first one stays.
     fs::path const temporary = kept.parent_path() / (std::to_string(::getpid()) + "-" + name);
     std::vector<std::string> arguments = inputOf(*row);
     std::vector<std::string> const output = words(row->arguments);
     arguments.insert(arguments.end(), output.begin(), output.end());
     arguments.push_back(temporary.string());
     runFFmpeg(arguments);
-    fs::rename(temporary, kept);
+    std::error_code taken;
+    fs::create_hard_link(temporary, kept, taken);
+    fs::remove(temporary);
+    if (taken && !fs::exists(kept)) {
+        throw fs::filesystem_error("no footage", kept, taken);
+    }
     return kept;
 }
 

@@ -215,6 +215,35 @@ TEST_F(MediaReader, ACancelledTaskEndsOpening) {
     EXPECT_LE(file->reads, 3);
 }
 
+// The decoder's library passes over a packet that it could not read to its end.
+TEST_F(MediaReader, AReadThatFailsOnceIsAFailureAndNeverAnotherPicture) {
+    std::vector<test::ReferenceFrame> const reference =
+        test::referenceFrames(test::mediaFootage("larger.mp4"));
+    Zq::Ptr<test::WatchedFile> const whole(new test::WatchedFile(files.openForRead(footage("larger.mp4"))));
+    auto const counted = engine::MediaReader::open(Zq::Ptr<iFile>(whole));
+    ASSERT_TRUE(counted) << counted.error();
+    int const opening = whole->reads;
+    while (*(*counted)->next()) {
+    }
+    int const step = std::max(1, (whole->reads - opening) / 6);
+    for (int failing = opening + 1; failing <= whole->reads; failing += step) {
+        Zq::Ptr<test::WatchedFile> const file(
+            new test::WatchedFile(files.openForRead(footage("larger.mp4"))));
+        file->beforeRead = [&, one = file.get()] { one->failing = one->reads == failing; };
+        auto const reader = engine::MediaReader::open(Zq::Ptr<iFile>(file));
+        ASSERT_TRUE(reader) << reader.error();
+        for (test::ReferenceFrame const& expected : reference) {
+            auto const frame = (*reader)->next();
+            if (!frame) {
+                break;
+            }
+            ASSERT_TRUE(*frame) << "read " << failing;
+            ASSERT_EQ(test::digestOf((*frame)->picture()), expected.digest) << "read " << failing;
+        }
+        EXPECT_GE(file->reads, failing);
+    }
+}
+
 TEST_F(MediaReader, ACancelledTaskEndsReading) {
     Zq::Ptr<test::WatchedFile> const file(new test::WatchedFile(files.openForRead(footage("larger.mp4"))));
     auto opened = engine::MediaReader::open(Zq::Ptr<iFile>(file));
