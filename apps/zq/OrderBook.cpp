@@ -20,7 +20,7 @@ using engine::Database;
 using engine::Statement;
 using engine::Transaction;
 
-constexpr int schema = 1;
+constexpr int schema = 2;
 
 constexpr std::array states{OrderState::running, OrderState::done, OrderState::waiting, OrderState::doubtful,
                             OrderState::refused};
@@ -40,6 +40,7 @@ constexpr char const* createTables =
     " awaited INTEGER NOT NULL, sent_s INTEGER NOT NULL,"
     " run INTEGER NOT NULL,"    // that has begun it
     " change INTEGER NOT NULL," // rises with each change of any row
+    " ended INTEGER NOT NULL DEFAULT 0,"
     " UNIQUE (repository, key));"
     "CREATE INDEX IF NOT EXISTS purchase_change ON purchase (change);"
     "CREATE TABLE IF NOT EXISTS purchase_clip ("
@@ -47,8 +48,10 @@ constexpr char const* createTables =
     " position INTEGER NOT NULL, clip TEXT NOT NULL,"
     " PRIMARY KEY (purchase, position)) WITHOUT ROWID;";
 
+constexpr char const* addEnded = "ALTER TABLE purchase ADD COLUMN ended INTEGER NOT NULL DEFAULT 0";
+
 constexpr std::string_view columns = "SELECT number, repository, user, key, payment, state, code, text, "
-                                     "page, awaited, sent_s, run FROM purchase ";
+                                     "page, awaited, sent_s, run, ended FROM purchase ";
 constexpr std::string_view isBlocking =
     "(state NOT IN ('done','waiting','refused') OR (state = 'done' AND awaited))";
 constexpr std::string_view nextChange = "(SELECT COALESCE(MAX(change), 0) + 1 FROM purchase)";
@@ -237,11 +240,16 @@ private:
         std::filesystem::permissions(
             file_, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write, ignored);
         Transaction transaction(*database);
-        database->execute(createTables);
-        if (database->schemaVersion() == 0) {
-            database->setSchemaVersion(schema);
-        } else if (database->schemaVersion() != schema) {
+        int const written = database->schemaVersion();
+        if (written > schema) {
             throw OrderBookError(file_.string() + " cannot be used: a later version has written it");
+        }
+        database->execute(createTables);
+        if (written == 1) {
+            database->execute(addEnded);
+        }
+        if (written != schema) {
+            database->setSchemaVersion(schema);
         }
         auto locks = locks_ ? nullptr : std::make_unique<RunLocks>(file_.string() + ".runs");
         RunLocks const& held = locks_ ? *locks_ : *locks;
@@ -315,7 +323,7 @@ private:
 
     bool write(KeptOrder const& order, std::string const& condition) {
         Statement row = database_->prepare(
-            "UPDATE purchase SET state = ?, code = ?, text = ?, page = ?, awaited = ?, change = " +
+            "UPDATE purchase SET state = ?, code = ?, text = ?, page = ?, awaited = ?, ended = ?, change = " +
             std::string(nextChange) + " WHERE repository = ? AND key = ? AND " + condition);
         row.bind(1, wordFor(order.state));
         if (order.code) {
@@ -324,7 +332,7 @@ private:
             row.bind(2, nullptr);
         }
         row.bind(3, order.text).bind(4, order.page).bind(5, order.isAwaited ? 1 : 0);
-        row.bind(6, order.repository).bind(7, order.key).run();
+        row.bind(6, order.wasEnded ? 1 : 0).bind(7, order.repository).bind(8, order.key).run();
         return database_->changes() != 0;
     }
 
@@ -358,6 +366,7 @@ private:
         order.page = row.text(8);
         order.isAwaited = row.integer(9) != 0;
         order.sent = std::chrono::system_clock::time_point(std::chrono::seconds(row.integer(10)));
+        order.wasEnded = row.integer(12) != 0;
         Statement clips =
             database_->prepare("SELECT clip FROM purchase_clip WHERE purchase = ? ORDER BY position");
         clips.bind(1, row.integer(0));

@@ -36,6 +36,9 @@ struct KeptOrder {
     // The list of what is owned has still to tell of it: of each that waits or is in doubt, of one that is
     // done until the list has its clips, of one that counts as refused only since the list never had them.
     bool isAwaited = true;
+    // The service has answered, with an error: it works on the order no more, and what it has done of it is
+    // done. False where the answer was lost.
+    bool wasEnded = false;
     std::chrono::system_clock::time_point sent{}; // whole seconds
 
     [[nodiscard]] bool isOpen() const {

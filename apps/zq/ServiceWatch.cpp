@@ -45,18 +45,28 @@ bool ServiceWatch::sawRequest() const {
 ServiceWatch::Fate ServiceWatch::fate() const {
     bool sent = false;
     bool lost = false;
+    std::uint64_t errors = 0;
+    std::uint64_t rejections = 0;
     for (engine::ServerStatistics const& now : statistics_()) {
         engine::ServerStatistics const earlier = find(before_, now.server);
         sent = sent || now.bytesSent > earlier.bytesSent;
-        lost = lost || now.failures > earlier.failures || now.refusals > earlier.refusals;
+        lost = lost || now.failures > earlier.failures || now.relayed > earlier.relayed;
+        errors += now.refusals - earlier.refusals;
+        rejections += now.rejections - earlier.rejections;
     }
     if (!sent) {
         return Fate::notSent;
     }
     AnswerWatch::Heard const heard = answers_.heard();
     std::uint64_t const refusals = heard.refusals - heardBefore_.refusals;
-    if (lost || heard.failures - heardBefore_.failures > refusals) {
+    std::uint64_t const unreadable = heard.failures - heardBefore_.failures - refusals;
+    // An error status comes with any text. What cannot be understood and may have come without one is lost.
+    if (lost || (unreadable > 0 && unreadable + refusals > errors)) {
         return Fate::lost;
+    }
+    bool const allSayNo = errors == rejections && unreadable == 0 && refusals >= errors;
+    if (errors > 0 && !allSayNo) {
+        return Fate::ended;
     }
     return refusals > 0 ? Fate::refused : Fate::answered;
 }

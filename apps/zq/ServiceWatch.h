@@ -27,8 +27,9 @@ public:
     // What is certain of the requests since then, in the order of precedence.
     enum class Fate {
         notSent,  // no byte has left this machine
-        lost,     // an answer did not come whole, has an error status, or cannot be understood
-        refused,  // all came, and one says no
+        lost,     // an answer did not come whole, cannot be understood, or is of a server between
+        ended,    // answers have error statuses of the service, which has ended its work on them
+        refused,  // all came, and one says no in the service's words
         answered, // all came
     };
     [[nodiscard]] Fate fate() const;

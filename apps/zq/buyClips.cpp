@@ -32,6 +32,13 @@ std::string inWords(Purchase const& purchase, Payment payment, std::size_t count
 
 } // namespace
 
+void requireSale(Session const& session) {
+    if (!session.needsSignIn()) {
+        throw ReasonedError(Reason::sellsNothing,
+                            utf8(session.repository().getName()) + " sells nothing: fetch takes what it has");
+    }
+}
+
 Purchase buyClips(Session& session, std::vector<std::string> const& ids, Payment payment) {
     LightweightVector<RemoteAsset> assets;
     std::set<std::string> seen;
@@ -43,10 +50,7 @@ Purchase buyClips(Session& session, std::vector<std::string> const& ids, Payment
             assets.push_back(asset);
         }
     }
-    if (!session.needsSignIn()) {
-        throw ReasonedError(Reason::sellsNothing,
-                            utf8(session.repository().getName()) + " sells nothing: fetch takes what it has");
-    }
+    requireSale(session);
     iMediaFileRepository& repository = session.signedIn();
     ServiceWatch const watch = session.watch();
     Purchase purchase;

@@ -1,4 +1,4 @@
-// Buying clips at the service.
+// Buying clips at the service. Programs go by sendOrder, which tells what is certain of the end.
 #pragma once
 
 #include <cstdint>
@@ -24,6 +24,9 @@ struct Purchase {
     bool browserStarted = false;         // and has been handed the page
     std::optional<std::int64_t> credits; // left on the account, where the service has told
 };
+
+// Throws CommandError where the repository sells nothing.
+void requireSale(Session const& session);
 
 // Buys the clips of these numbers as one purchase; one that is named twice is bought once. Throws
 // CommandError where nobody is signed in, the repository sells nothing, or a number is none.

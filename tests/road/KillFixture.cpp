@@ -175,6 +175,15 @@ std::size_t KillFixture::countOwnedBy(std::string const& user) {
         ask(user, "SELECT count(*) FROM owned WHERE account = (SELECT id FROM account WHERE name = ?1)"));
 }
 
+bool KillFixture::hasDoubt() const {
+    engine::Database book(home() / "purchases.db");
+    return book.prepare("SELECT 1 FROM purchase WHERE state IN ('running', 'doubtful')").step();
+}
+
+void KillFixture::passHalfAnHour() const {
+    engine::Database(home() / "purchases.db").execute("UPDATE purchase SET sent_s = sent_s - 2000");
+}
+
 std::map<std::string, std::string> KillFixture::preferences() const {
     engine::Database database(home() / "preferences.sqlite");
     std::map<std::string, std::string> values;

@@ -61,6 +61,9 @@ protected:
     [[nodiscard]] std::int64_t creditsOf(std::string const& user);
     [[nodiscard]] std::int64_t creditsPaidBy(std::string const& user);
     [[nodiscard]] std::size_t countOwnedBy(std::string const& user);
+    // What the host has written down of orders in doubt, and half an hour for them.
+    [[nodiscard]] bool hasDoubt() const;
+    void passHalfAnHour() const;
     // The host's preferences by key, and whether a database of the home folder is sound.
     [[nodiscard]] std::map<std::string, std::string> preferences() const;
     [[nodiscard]] static bool isSound(std::filesystem::path const& database);

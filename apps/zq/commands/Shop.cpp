@@ -1,15 +1,13 @@
 // "buy", "owned" and "find": what the account may have and has.
 
-#include <algorithm>
-#include <filesystem>
+#include <optional>
 
 #include "apps/zq/Command.h"
 #include "apps/zq/EditLookup.h"
 #include "apps/zq/JsonOutput.h"
-#include "apps/zq/OrderBook.h"
-#include "apps/zq/buyClips.h"
 #include "apps/zq/commands/AssetListing.h"
 #include "apps/zq/commands/Commands.h"
+#include "apps/zq/orderClips.h"
 #include "apps/zq/terminal/PlainText.h"
 #include "host/json/Element.h"
 
@@ -28,17 +26,23 @@ public:
     }
 
     Reply run(Session& session) override {
-        refuseUndecided(session);
-        Purchase const purchase = buyClips(session, ids_, credits_ ? Payment::credits : Payment::cash);
+        ClipOrder order = orderClips(session, ids_, credits_ ? Payment::credits : Payment::cash);
+        Purchase const& purchase = order.purchase;
         Reply reply;
-        reply.standsInterrupted = purchase.code == Purchase::done;
-        reply.error = purchase.code == Purchase::done ? std::string() : purchase.words;
+        reply.standsInterrupted = order.state != OrderState::refused;
+        reply.error = order.isPlaced() ? std::string() : purchase.words;
         reply.text = plainText(purchase.words) + "\n";
-        reply.members = [code = purchase.code, page = purchase.page,
-                         credits = purchase.credits](JSON::Builder& json) {
-            json.add("code", code);
-            if (!page.empty()) {
-                addText(json, "page", page);
+        if (!order.unwritten.empty()) {
+            reply.warnings.push_back(
+                "what came of the purchase could not be written down: " + plainText(order.unwritten) +
+                "; until \"zq owned\" has told, it is in doubt");
+        }
+        reply.members = [order](JSON::Builder& json) {
+            std::optional<std::int64_t> const& credits = order.purchase.credits;
+            json.add("code", order.purchase.code);
+            addText(json, "state", wordFor(order.state));
+            if (!order.purchase.page.empty()) {
+                addText(json, "page", order.purchase.page);
             }
             json.add("credits", wide(credits ? std::to_string(*credits) : "null"), false);
         };
@@ -46,26 +50,6 @@ public:
     }
 
 private:
-    // What a panel of this home has ordered and does not know the end of is not ordered here as well.
-    void refuseUndecided(Session& session) const {
-        std::filesystem::path const file = session.engine().home() / "purchases.db";
-        std::error_code error;
-        if (!std::filesystem::exists(file, error) && !error) {
-            return;
-        }
-        try {
-            OrderBook book(file);
-            if (book.inTheWay(utf8(session.shortName()), session.user(), ids_)) {
-                throw CommandError(
-                    "the panel has ordered one of these clips, and the service's list of what is "
-                    "owned has not told yet what came of it: \"zq owned\" shows the list, and "
-                    "\"zq panel\" watches it");
-            }
-        } catch (OrderBookError const& failure) {
-            throw CommandError(std::string("nothing was bought: ") + failure.what());
-        }
-    }
-
     std::vector<std::string> ids_;
     bool credits_ = false;
     bool cash_ = false;
@@ -76,6 +60,38 @@ void addVersion(JSON::Builder& json, RemoteAsset const& asset) {
     auto const* const version = dynamic_cast<JSON::Element const*>(asset.payload.get());
     json.add("tr", version != nullptr ? version->getWString("tr") : WideString(), true);
     json.add("v", version != nullptr ? version->getWString("v") : WideString(), true);
+}
+
+// What the list says of the orders whose end was not known, a line each.
+std::string inWords(OrdersAtList const& orders) {
+    std::string lines;
+    for (KeptOrder const& order : orders.told) {
+        std::string clips;
+        for (std::string const& id : order.clips) {
+            clips += " " + id;
+        }
+        lines += plainText("the purchase of" + clips +
+                           (order.state == OrderState::doubtful
+                                ? ": in doubt still, as the list does not have all of it yet"
+                                : ", which was in doubt: " + order.text)) +
+                 "\n";
+    }
+    return lines;
+}
+
+void addOrders(JSON::Builder& json, OrdersAtList const& orders) {
+    if (orders.told.empty()) {
+        return;
+    }
+    json.startArray("purchases");
+    for (KeptOrder const& order : orders.told) {
+        json.startChild(nullptr);
+        addTexts(json, "clips", order.clips);
+        addText(json, "state", wordFor(order.state));
+        addText(json, "text", order.text);
+        json.endChild();
+    }
+    json.endArray();
 }
 
 class Owned final : public Command {
@@ -91,8 +107,15 @@ public:
         reply.text += owned.empty()       ? "nothing is owned yet\n"
                       : owned.size() == 1 ? std::string("1 clip\n")
                                           : std::to_string(owned.size()) + " clips\n";
-        reply.members = [owned, &base](JSON::Builder& json) {
+        OrdersAtList const orders = settleOrders(session, owned);
+        reply.text += inWords(orders);
+        if (!orders.trouble.empty()) {
+            reply.warnings.push_back("what the list says of purchases in doubt could not be written down: " +
+                                     plainText(orders.trouble));
+        }
+        reply.members = [owned, orders, &base](JSON::Builder& json) {
             addNumber(json, "totalCount", owned.size());
+            addOrders(json, orders);
             json.startArray("assets");
             for (RemoteAsset const& asset : owned) {
                 json.startChild(nullptr);

@@ -11,11 +11,11 @@
 #include "apps/zq/TaskWait.h"
 #include "apps/zq/Text.h"
 #include "apps/zq/UsageReport.h"
-#include "apps/zq/buyClips.h"
 #include "apps/zq/commands/EditListing.h"
 #include "apps/zq/demo/DemoWalk.h"
 #include "apps/zq/demo/demoTools.h"
 #include "apps/zq/fetchClips.h"
+#include "apps/zq/orderClips.h"
 #include "host/files/iFileManager.h"
 #include "host/os/OS.h"
 
@@ -48,7 +48,7 @@ std::string DemoWalk::buyStep() {
     if (toBuy_.empty()) {
         return "nothing to buy: all of them are owned";
     }
-    Purchase const purchase = buyClips(session_, toBuy_, Payment::credits);
+    Purchase const purchase = orderClips(session_, toBuy_, Payment::credits).purchase;
     if (purchase.code == Purchase::refused) {
         return purchase.words + "; these clips stay previews";
     }

@@ -138,17 +138,11 @@ void PurchaseRecords::takeNews() {
     }
 }
 
-void PurchaseRecords::end(PurchaseRecord& record, OrderState state, std::optional<std::int32_t> code,
-                          std::string text, std::string page) {
+void PurchaseRecords::end(PurchaseRecord& record, OrderEnd end) {
     std::lock_guard const lock(mutex);
-    KeptOrder& order = record.kept;
-    order.state = state;
-    order.code = code;
-    order.text = std::move(text);
-    order.page = std::move(page);
-    order.isAwaited = state != OrderState::refused;
+    record.kept = ended(std::move(record.kept), std::move(end));
     if (record.isWatched()) {
-        record.watch.emplace(clocks.now());
+        record.watch.emplace(clocks.now(), watchLength(record.kept));
     }
     writeEnd(record);
     tell(record);
@@ -235,13 +229,7 @@ void PurchaseRecords::hear(RepositoryDesk& desk, std::string const& user, std::s
 }
 
 void PurchaseRecords::hearOwned(PurchaseRecord& record) {
-    KeptOrder next = record.kept;
-    next.isAwaited = false;
-    if (next.state != OrderState::done) {
-        next.state = OrderState::done;
-        next.text = "bought: the account owns the clips";
-    }
-    settle(record, std::move(next));
+    settle(record, asListed(record.kept));
 }
 
 void PurchaseRecords::hearMissing(PurchaseRecord& record, Clock::time_point asked) {
@@ -252,17 +240,7 @@ void PurchaseRecords::hearMissing(PurchaseRecord& record, Clock::time_point aske
     if (!record.watch->isOver(asked)) {
         return;
     }
-    KeptOrder next = record.kept;
-    if (next.state == OrderState::done) {
-        next.isAwaited = false;
-        next.text += "; the list of owned clips does not have them";
-    } else {
-        next.text = next.payment == Payment::cash
-                        ? "not paid within half an hour; what is paid later shows among the owned clips"
-                        : "nothing was bought: the account does not own the clips";
-        next.state = OrderState::refused; // and awaited still
-    }
-    settle(record, std::move(next));
+    settle(record, asNeverListed(record.kept));
 }
 
 void PurchaseRecords::hearNothing(RepositoryDesk& desk, std::string const& user, std::string const& why) {
@@ -287,7 +265,7 @@ void PurchaseRecords::hearNothing(RepositoryDesk& desk, std::string const& user,
 // Of an order of another run, whose account is signed in now.
 void PurchaseRecords::beginWatch(PurchaseRecord& record, Clock::time_point now) const {
     seconds const age = std::chrono::duration_cast<seconds>(clocks.date() - record.kept.sent);
-    record.watch.emplace(now, PurchaseWatch::lengthLeft(age));
+    record.watch.emplace(now, PurchaseWatch::lengthLeft(age, watchLength(record.kept)));
 }
 
 // What cannot be written stays as it was, for the next look; what another program has decided first comes

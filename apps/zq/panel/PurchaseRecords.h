@@ -14,11 +14,12 @@
 #include <vector>
 
 #include "apps/zq/OrderBook.h"
+#include "apps/zq/PurchaseWatch.h"
 #include "apps/zq/panel/Baskets.h"
 #include "apps/zq/panel/EventHub.h"
 #include "apps/zq/panel/GivenLinks.h"
-#include "apps/zq/panel/PurchaseWatch.h"
 #include "apps/zq/panel/RepositoryDesk.h"
+#include "apps/zq/sendOrder.h"
 #include "host/json/Builder.h"
 
 namespace zq::panel {
@@ -74,8 +75,7 @@ public:
     // What other programs, and earlier runs, have written.
     void takeNews();
     // What has come of an order that was sent: written down, then told.
-    void end(PurchaseRecord& record, OrderState state, std::optional<std::int32_t> code, std::string text,
-             std::string page);
+    void end(PurchaseRecord& record, OrderEnd end);
     // The list of what the account owns, read now: it decides what it can. Thread: the desk's.
     [[nodiscard]] LightweightVector<RemoteAsset> readOwned(RepositoryDesk& desk, Session& session);
     // The look that was due. Thread: the desk's.

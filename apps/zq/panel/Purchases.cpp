@@ -8,8 +8,7 @@
 
 #include "apps/zq/JsonOutput.h"
 #include "apps/zq/panel/ApiError.h"
-#include "host/engine/Engine.h"
-#include "host/engine/os/DesktopShell.h"
+#include "apps/zq/sendOrder.h"
 #include "host/log/Log.h"
 
 namespace zq::panel {
@@ -21,59 +20,9 @@ using std::chrono::seconds;
 // How often it is looked for what another program of this home has written.
 constexpr std::chrono::milliseconds step{500};
 
-} // namespace
-
-namespace {
-
-struct Outcome {
-    OrderState state = OrderState::doubtful;
-    zq::Purchase purchase;
-};
-
-std::string textOfPage(zq::Purchase const& purchase) {
-    return purchase.browserStarted
-               ? "the payment page opens in the browser; what is paid there shows among the owned clips"
-               : "the payment page waits; what is paid there shows among the owned clips";
-}
-
-// Sends the purchase. What is certain of its end decides, and nothing that only seems so.
-Outcome send(Session& session, Purchases::Order const& order) {
-    static_cast<void>(session.engine().shell().takeLastPage()); // of an earlier link
-    ServiceWatch const watch = session.watch();
-    Outcome outcome;
-    try {
-        outcome.purchase = buyClips(session, order.clips, order.payment);
-    } catch (std::exception const& failure) {
-        outcome.purchase.words = failure.what();
-    }
-    zq::Purchase& purchase = outcome.purchase;
-    bool const byPage = order.payment == Payment::cash;
-    if (purchase.code == zq::Purchase::done) {
-        outcome.state = byPage ? OrderState::waiting : OrderState::done;
-        purchase.words = byPage ? textOfPage(purchase) : purchase.words;
-    } else if (purchase.code == zq::Purchase::refused || byPage || watch.fate() != ServiceWatch::Fate::lost) {
-        // Without its page nobody can have paid.
-        outcome.state = OrderState::refused;
-    } else {
-        outcome.state = OrderState::doubtful;
-        purchase.words = "the answer was lost: " + watch.failure().value_or("nobody knows why") +
-                         "; the list of owned clips will tell whether they were bought";
-    }
-    return outcome;
-}
-
 [[noreturn]] void refuseFor(KeptOrder const& other) {
-    switch (other.state) {
-    case OrderState::running:
-        throw ApiError(ErrorCode::conflict, "a purchase with one of these clips is on its way",
-                       Reason::beingBought);
-    case OrderState::done:
-        throw ApiError(ErrorCode::conflict, "one of these clips was bought already", Reason::alreadyBought);
-    default:
-        throw ApiError(ErrorCode::conflict,
-                       "a purchase with one of these clips is in doubt: its end comes first",
-                       Reason::inDoubt);
-    }
+    InTheWay const found = inTheWayAs(other);
+    throw ApiError(ErrorCode::conflict, found.text, found.reason);
 }
 
 void refuseOwned(RepositoryDesk const& desk, Session& session, std::vector<std::string> const& clips) {
@@ -198,12 +147,11 @@ std::string Purchases::buy(RepositoryDesk& desk, Order const& order) {
             if (!begin(session)) {
                 return;
             }
-            Outcome outcome = send(session, order);
-            zq::Purchase& purchase = outcome.purchase;
-            records_->links.remember(purchase.page);
-            records_->end(*record, outcome.state, purchase.code, std::move(purchase.words),
-                          outcome.state == OrderState::waiting ? std::move(purchase.page) : std::string());
-            if (outcome.state == OrderState::done) {
+            OrderEnd end = sendOrder(session, order.clips, order.payment);
+            records_->links.remember(end.purchase.page);
+            bool const isDone = end.state == OrderState::done;
+            records_->end(*record, std::move(end));
+            if (isDone) {
                 records_->baskets.remove(desk, order.clips);
                 desk.countAsOwned(order.clips);
                 // The clips of a search are marked by this list; nobody has to wait for it.
@@ -226,11 +174,7 @@ std::string Purchases::buy(RepositoryDesk& desk, Order const& order) {
         bool const isOpenStill = record->kept.state == OrderState::running;
         lock.unlock();
         if (isOpenStill) {
-            records_->end(
-                *record, OrderState::doubtful, std::nullopt,
-                "the answer was lost: the program failed; the list of owned clips will tell whether "
-                "they were bought",
-                std::string());
+            records_->end(*record, orderOfUnknownEnd("the program failed"));
         }
     }
     std::lock_guard const lock(records_->mutex);

@@ -145,7 +145,7 @@ std::optional<int> CurlHTTPServer::exchange(TransferKind kind, TransferRequest r
     call.server = address_.origin();
     call.requests = 1;
     call.failures = result.whole ? 0 : 1;
-    call.refusals = result.whole && result.status >= 400 ? 1 : 0;
+    call.countStatus(result.whole ? result.status : 0);
     call.bytesSent = result.bytesSent;
     call.bytesReceived = result.bytesReceived;
     call.totalTime =

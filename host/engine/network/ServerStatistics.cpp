@@ -9,6 +9,8 @@ void addTo(ServerStatistics& sum, ServerStatistics const& call) {
     sum.requests += call.requests;
     sum.failures += call.failures;
     sum.refusals += call.refusals;
+    sum.rejections += call.rejections;
+    sum.relayed += call.relayed;
     sum.bytesSent += call.bytesSent;
     sum.bytesReceived += call.bytesReceived;
     sum.totalTime += call.totalTime;
@@ -27,6 +29,20 @@ std::vector<ServerStatistics> listOf(std::map<std::string, ServerStatistics> con
 }
 
 } // namespace
+
+void ServerStatistics::countStatus(int status) {
+    constexpr int firstError = 400;
+    constexpr int firstServerError = 500;
+    constexpr int timeOut = 408;
+    // 52x are those of a large network of gateways.
+    bool const isRelayed = status == timeOut || status == 502 || status == 504 || status / 10 == 52;
+    if (status < firstError) {
+        return;
+    }
+    ++refusals;
+    relayed += isRelayed ? 1 : 0;
+    rejections += !isRelayed && status < firstServerError ? 1 : 0;
+}
 
 void StatisticsTable::add(ServerStatistics const& call) {
     std::lock_guard const lock(mutex_);

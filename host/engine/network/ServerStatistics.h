@@ -13,14 +13,20 @@
 namespace engine {
 
 struct ServerStatistics {
-    std::string server;         // "https://host:port", the port where it is not the scheme's own
-    std::uint64_t requests = 0; // calls; the redirects of one belong to it
-    std::uint64_t failures = 0; // calls without a whole answer, cancelled ones counted
-    std::uint64_t refusals = 0; // calls with a whole answer of status 400 or above
+    std::string server;           // "https://host:port", the port where it is not the scheme's own
+    std::uint64_t requests = 0;   // calls; the redirects of one belong to it
+    std::uint64_t failures = 0;   // calls without a whole answer, cancelled ones counted
+    std::uint64_t refusals = 0;   // calls with a whole answer of status 400 or above
+    std::uint64_t rejections = 0; // of these: the server blames the request, and does nothing of it
+    std::uint64_t relayed =
+        0; // of these: a server before the asked one speaks, and does not know what that does
     std::uint64_t bytesSent = 0;
     std::uint64_t bytesReceived = 0; // as they came over the line
     std::chrono::microseconds totalTime{0};
     std::string lastError; // one printable line, empty when no call has failed or been refused
+
+    // Counts the status of a call's whole answer among the refusals, where it is one.
+    void countStatus(int status);
 };
 
 // Thread: any.

@@ -237,7 +237,7 @@ private:
             call.failures = 1;
             call.lastError = owner_.connector_.explain(code, get.detail(), connected, get.server());
         } else if (status >= firstRefusal) {
-            call.refusals = 1;
+            call.countStatus(static_cast<int>(status));
             call.lastError =
                 get.server().name() + " answered with the error status " + std::to_string(status);
         }

@@ -247,7 +247,7 @@ void RangeTransfer::account(StreamError const& error) const {
     bool const isGivenUp = error.kind == StreamError::Kind::cancelled;
     StreamError const& failure = isLeft_ && !isGivenUp ? job_.fault : error;
     call.failures = failure && !isGivenUp ? 1 : 0;
-    call.refusals = !failure && answer_.status >= 400 ? 1 : 0;
+    call.countStatus(failure ? 0 : answer_.status);
     call.bytesSent = static_cast<std::uint64_t>(std::max(info<long>(easy(), CURLINFO_REQUEST_SIZE), 0L));
     call.bytesReceived = static_cast<std::uint64_t>(std::max<curl_off_t>(
         info<long>(easy(), CURLINFO_HEADER_SIZE) + info<curl_off_t>(easy(), CURLINFO_SIZE_DOWNLOAD_T), 0));

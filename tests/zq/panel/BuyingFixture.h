@@ -73,6 +73,12 @@ protected:
         network_.lastError = "closed";
         return 0;
     }
+    // Its answer is an error, carried out or not.
+    std::int32_t failsWith(int status) {
+        network_.countStatus(status);
+        network_.lastError = "error " + std::to_string(status);
+        return 0;
+    }
     void own(char const* id) { owned_.push_back(ShelfRepository::clip(id, id, "")); }
     void signInAs(wchar_t const* user) {
         handlers_->desk().ask([&](zq::Session&) { repository_->signedInUser = user; });

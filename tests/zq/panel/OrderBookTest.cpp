@@ -58,10 +58,26 @@ TEST_F(TheOrderBook, KeepsAllOfAnOrder) {
     EXPECT_EQ(begin(kept).kind, Kind::written);
     kept.state = OrderState::waiting;
     kept.code = -7;
+    kept.wasEnded = true;
     kept.text = hostile;
     kept.page = hostile;
     book_.finish(kept);
     EXPECT_THAT(OrderBook(file_).news(), ElementsAre(kept));
+}
+
+TEST_F(TheOrderBook, TakesOverWhatAnEarlierVersionHasWritten) {
+    KeptOrder kept = ended(order("k"), OrderState::doubtful, true);
+    static_cast<void>(begin(order("k")));
+    book_.finish(kept);
+    engine::Database(file_).execute("ALTER TABLE purchase DROP COLUMN ended; PRAGMA user_version = 1");
+    OrderBook later(file_);
+    EXPECT_THAT(later.news(), ElementsAre(kept));
+    KeptOrder next = order("l", {"2"});
+    EXPECT_EQ(begin(later, next).kind, Kind::written);
+    next = ended(next, OrderState::doubtful, true);
+    next.wasEnded = true;
+    later.finish(next);
+    EXPECT_THAT(OrderBook(file_).news(), ElementsAre(testing::_, next));
 }
 
 TEST_F(TheOrderBook, BeginsAKeyOnce) {

@@ -149,6 +149,18 @@ TEST_F(KeptPurchases, ADoubtOfLongAgoIsDecidedAMinuteAfterTheSignIn) {
     EXPECT_EQ(state(), "refused");
 }
 
+TEST_F(KeptPurchases, AnErrorOfTheServiceItselfIsDecidedAsSoonInTheNextRun) {
+    answer_ = [this] { return failsWith(503); };
+    static_cast<void>(buy("k", "\"1\""));
+    restart();
+    EXPECT_EQ(state(), "doubtful");
+    signIn("ada");
+    pass(119s);
+    EXPECT_EQ(state(), "doubtful");
+    pass(1s);
+    EXPECT_EQ(state(), "refused");
+}
+
 TEST_F(KeptPurchases, AClockThatWasSetBackShortensNoWatch) {
     now_ = Purchases::Clock::time_point(48h);
     handlers_->now = now_;

@@ -240,6 +240,48 @@ TEST_F(Buying, TheOwnedListIsAskedForMoreAndMoreSeldomForHalfAnHour) {
     EXPECT_EQ(text(purchase, "text"), "nothing was bought: the account does not own the clips");
 }
 
+TEST_F(Buying, AnErrorOfTheServiceItselfIsInDoubtUntilTheListTellsOrHasNotForTwoMinutes) {
+    answer_ = [this] { return failsWith(500); };
+    auto const purchase = buy("k", "\"1\"");
+    EXPECT_EQ(text(purchase, "state"), "doubtful") << "it may have failed behind the purchase";
+    EXPECT_EQ(failure(order("l", "\"1\"")), "conflict");
+    std::vector<int> looks;
+    for (int second = 1; second <= 600; ++second) {
+        int const before = repository_->ownedReads;
+        pass(1s);
+        if (repository_->ownedReads != before) {
+            looks.push_back(second);
+        }
+        EXPECT_EQ(text(listed(), "state"), second < 120 ? "doubtful" : "refused") << second;
+    }
+    EXPECT_THAT(looks, ElementsAre(2, 4, 8, 16, 46, 76, 106, 120));
+    EXPECT_EQ(text(listed(), "text"), "nothing was bought: the account does not own the clips");
+    answer_ = [] { return 2; };
+    EXPECT_EQ(text(buy("m", "\"1\""), "state"), "done");
+    EXPECT_EQ(sent_.size(), 2U);
+}
+
+TEST_F(Buying, AnErrorBehindACarriedOutPurchaseIsFoundByTheFirstLook) {
+    answer_ = [this] {
+        own("1");
+        return failsWith(500);
+    };
+    static_cast<void>(buy("k", "\"1\""));
+    pass(2s);
+    EXPECT_EQ(text(listed(), "state"), "done");
+    EXPECT_EQ(sent_.size(), 1U);
+}
+
+TEST_F(Buying, AnErrorOfAGatewayIsInDoubtForHalfAnHour) {
+    answer_ = [this] { return failsWith(504); };
+    static_cast<void>(buy("k", "\"1\""));
+    pass(29min);
+    EXPECT_EQ(text(listed(), "state"), "doubtful") << "the service may be at work behind it";
+    EXPECT_EQ(failure(order("l", "\"1\"")), "conflict");
+    pass(1min);
+    EXPECT_EQ(text(listed(), "state"), "refused");
+}
+
 TEST_F(Buying, AListThatCannotBeReadEndsNoDoubt) {
     answer_ = [this] { return losesAnswer(); };
     static_cast<void>(buy("k", "\"1\""));

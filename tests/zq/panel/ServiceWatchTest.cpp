@@ -25,8 +25,11 @@ protected:
         static_cast<void>(installHost(before_));
     }
     // A request of this thread goes out, and this is its answer.
-    void exchange(std::string const& answer) {
-        network_.add({.server = "https://a.example", .requests = 1, .bytesSent = 10, .lastError = {}});
+    void exchange(std::string const& answer, int status = 200) {
+        engine::ServerStatistics call{
+            .server = "https://a.example", .requests = 1, .bytesSent = 10, .lastError = {}};
+        call.countStatus(status);
+        network_.add(call);
         static_cast<void>(JSON::parse(Zq::makeShared<zq::MemoryBlock>(answer)));
     }
     void lose() {
@@ -85,15 +88,49 @@ TEST_F(Watched, OneLostAnswerLeavesNothingCertainWhateverTheOthersSay) {
     EXPECT_EQ(watching.fate(), Fate::lost);
 }
 
-TEST_F(Watched, AnErrorStatusAndAnAnswerThatIsNoneAreLost) {
+TEST_F(Watched, AnAnswerThatIsNoneIsLost) {
+    zq::ServiceWatch const watching = watch();
+    exchange("<html>");
+    EXPECT_EQ(watching.fate(), Fate::lost);
+}
+
+TEST_F(Watched, AnErrorOfTheServiceItselfEndsTheRequestAndOneOfAGatewayLosesIt) {
+    for (int const status : {400, 403, 404, 429, 500, 501, 503, 599}) {
+        zq::ServiceWatch const watching = watch();
+        exchange("<html>", status);
+        EXPECT_EQ(watching.fate(), Fate::ended) << status;
+    }
+    for (int const status : {408, 502, 504, 520, 524}) {
+        zq::ServiceWatch const watching = watch();
+        exchange("<html>", status);
+        EXPECT_EQ(watching.fate(), Fate::lost) << status;
+    }
+}
+
+TEST_F(Watched, AStatusThatBlamesTheRequestIsARefusalWhereTheServiceSaysNoInItsWords) {
     {
         zq::ServiceWatch const watching = watch();
+        exchange(no, 402);
+        EXPECT_EQ(watching.fate(), Fate::refused);
+    }
+    for (auto const& [answer, status] :
+         {std::pair(no, 500), std::pair(yes, 403), std::pair("{}", 403), std::pair("", 404)}) {
+        zq::ServiceWatch const watching = watch();
+        exchange(answer, status);
+        EXPECT_EQ(watching.fate(), Fate::ended) << answer << status;
+    }
+}
+
+TEST_F(Watched, WhatCannotBeUnderstoodIsNotExcusedByTheErrorOfAnotherRequest) {
+    for (char const* const other : {no, "<html>"}) {
+        zq::ServiceWatch const watching = watch();
+        exchange(other, 503);
         exchange("<html>");
-        EXPECT_EQ(watching.fate(), Fate::lost);
+        EXPECT_EQ(watching.fate(), Fate::lost) << other;
     }
     zq::ServiceWatch const watching = watch();
-    network_.add(
-        {.server = "https://a.example", .requests = 1, .refusals = 1, .bytesSent = 10, .lastError = "503"});
+    exchange("<html>", 503);
+    lose();
     EXPECT_EQ(watching.fate(), Fate::lost);
 }
 

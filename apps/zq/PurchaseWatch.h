@@ -1,11 +1,11 @@
-// When the list of what is owned is looked at for one purchase.
+// When the list of what is owned is looked at for one purchase, and how long it may keep silent.
 #pragma once
 
 #include <algorithm>
 #include <chrono>
 #include <iterator>
 
-namespace zq::panel {
+namespace zq {
 
 // After 2, 4, 8, 16 and then every 30 seconds, and once when the watch is over; every 30 seconds from then
 // on, for as long as no look has succeeded. A value.
@@ -13,6 +13,8 @@ class PurchaseWatch {
 public:
     using Clock = std::chrono::steady_clock;
     static constexpr std::chrono::seconds longest = std::chrono::minutes(30);
+    // The same where the service has ended its work on the order, and only its list may come late.
+    static constexpr std::chrono::seconds afterAnswer = std::chrono::minutes(2);
     // What is left at least of a watch that goes on in another run of the program.
     static constexpr std::chrono::seconds shortest = std::chrono::minutes(1);
 
@@ -20,8 +22,9 @@ public:
         : began_(now), length_(length) {}
 
     // Of an order that was sent so long ago. A clock that was set back counts as no time at all.
-    [[nodiscard]] static std::chrono::seconds lengthLeft(std::chrono::seconds age) {
-        return std::clamp(longest - std::max(age, std::chrono::seconds(0)), shortest, longest);
+    [[nodiscard]] static std::chrono::seconds lengthLeft(std::chrono::seconds age,
+                                                         std::chrono::seconds length = longest) {
+        return std::clamp(length - std::max(age, std::chrono::seconds(0)), shortest, length);
     }
 
     [[nodiscard]] Clock::time_point next() const {
@@ -52,4 +55,4 @@ private:
     int looks_ = 0;
 };
 
-} // namespace zq::panel
+} // namespace zq
