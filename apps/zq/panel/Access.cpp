@@ -108,7 +108,8 @@ Entry entryOf(httplib::Request const& request) {
 
 Access::Access(int port)
     : port_(std::to_string(port)), token_(engine::randomHex(secret_bytes)),
-      secret_(engine::randomHex(secret_bytes)), frameKey_(engine::randomHex(secret_bytes)) {}
+      secret_(engine::randomHex(secret_bytes)), key_(engine::randomHex(secret_bytes)),
+      frameKey_(engine::randomHex(secret_bytes)) {}
 
 std::string Access::address() const {
     return "http://127.0.0.1:" + port_ + std::string(enterPath) + "?token=" + token_;
@@ -122,12 +123,27 @@ std::string Access::cookie() const {
     return "zq-panel-" + port_ + "=" + secret_ + "; HttpOnly; SameSite=Strict; Path=/";
 }
 
-std::string Access::pageFor(Entry entry) const {
+std::string Access::addressFor(Entry entry) const {
     return entry == Entry::frame ? "/?frame=" + frameKey_ : "/";
+}
+
+// As data in its head: scripts in a page are forbidden, and an address would be kept by the browser.
+std::string Access::pageFor(Entry entry, std::string page) const {
+    constexpr std::string_view head = "<head>";
+    std::size_t const at = page.find(head);
+    std::string const data = "<meta name=\"zq-panel-key\" content=\"" + key_ +
+                             "\"><meta name=\"zq-panel-address\" content=\"" + addressFor(entry) + "\">";
+    page.insert(at != std::string::npos ? at + head.size() : page.size(), data);
+    return page;
 }
 
 bool Access::isOwnHost(std::string_view host) const {
     return host == "127.0.0.1:" + port_ || host == "localhost:" + port_;
+}
+
+bool Access::hasKey(httplib::Request const& request) const {
+    std::optional<std::string> const key = single(request, keyHeader);
+    return key && isSame(*key, key_);
 }
 
 bool Access::hasCookie(httplib::Request const& request) const {
@@ -156,7 +172,7 @@ bool Access::mayRead(httplib::Request const& request, std::string_view path) con
         return true;
     }
     bool const leads = path == "/" && single(request, "Sec-Fetch-Mode") == "navigate";
-    return leads && (entryOf(request) == Entry::window || isSame(request.target, pageFor(Entry::frame)));
+    return leads && (entryOf(request) == Entry::window || isSame(request.target, addressFor(Entry::frame)));
 }
 
 std::optional<Refusal> Access::judge(httplib::Request const& request) const {
@@ -168,7 +184,9 @@ std::optional<Refusal> Access::judge(httplib::Request const& request) const {
     if (path != enterPath && !hasCookie(request)) {
         return refusal(ErrorCode::notEntered, "open the address that \"zq panel\" has printed");
     }
-    if (changesSomething(request) ? !isSameOrigin(request, *host) : !mayRead(request, path)) {
+    bool const isOwnPage =
+        changesSomething(request) ? isSameOrigin(request, *host) && hasKey(request) : mayRead(request, path);
+    if (!isOwnPage) {
         return refusal(ErrorCode::foreignOrigin, "the request does not come from the panel's own page");
     }
     if (hasBody(request)) {

@@ -10,7 +10,6 @@
 #include "apps/zq/MemoryBlock.h"
 #include "apps/zq/Reply.h"
 #include "apps/zq/panel/Access.h"
-#include "apps/zq/panel/EntryPage.h"
 #include "apps/zq/panel/HttpResponse.h"
 #include "apps/zq/panel/RouteTable.h"
 #include "host/engine/json/SimdjsonReader.h"
@@ -151,18 +150,14 @@ Response PanelServer::Implementation::enter(Request const& request) const {
     if (token == request.query.end() || !access_.isToken(token->second)) {
         throw ApiError(ErrorCode::notEntered, "open the address that \"zq panel\" has printed");
     }
-    Response response;
     if (request.query.contains(fromPage)) {
         pageUsed_ = true;
-        response.headers = {{"Set-Cookie", access_.cookie()}};
-        response.type = "text/html; charset=utf-8";
-        response.body = leadTo("/");
-        return response;
     }
-    constexpr int seeOther = 303;
-    response.status = seeOther;
+    // No redirect: a browser that another page has sent would not take the cookie along it.
+    Response response = files_.page();
     Entry const entry = request.inForeignFrame ? Entry::frame : Entry::window;
-    response.headers = {{"Location", access_.pageFor(entry)}, {"Set-Cookie", access_.cookie()}};
+    response.body = access_.pageFor(entry, std::move(response.body));
+    response.headers = {{"Set-Cookie", access_.cookie()}};
     return response;
 }
 

@@ -24,8 +24,7 @@ public:
     [[nodiscard]] int port() const noexcept;
     // What a person opens to enter. It holds the token: it goes to that person alone.
     [[nodiscard]] std::string address() const;
-    // The same for a page that leads there: a browser that another page has sent does not take the cookie
-    // along a redirect.
+    // The same for a page that leads there, whose use is known afterwards.
     [[nodiscard]] std::string addressForPage() const;
     // True when somebody has entered by that one. Thread: any.
     [[nodiscard]] bool wasPageUsed() const noexcept;

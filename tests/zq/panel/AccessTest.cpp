@@ -5,6 +5,7 @@
 namespace {
 
 using panel_tests::Answer;
+using panel_tests::metaIn;
 using panel_tests::RawClient;
 using testing::Each;
 using testing::HasSubstr;
@@ -14,8 +15,8 @@ using testing::Not;
 class AccessTest : public panel_tests::TransportFixture {};
 
 TEST_F(AccessTest, TheTokenBecomesACookieThatNoScriptAndNoOtherSiteGets) {
-    EXPECT_EQ(entered_.status, 303);
-    EXPECT_EQ(entered_.header("location"), "/");
+    EXPECT_EQ(entered_.status, 200);
+    EXPECT_EQ(metaIn(entered_.body, "zq-panel-address"), "/");
     EXPECT_EQ(entered_.header("cache-control"), "no-store");
     EXPECT_THAT(entered_.header("set-cookie"),
                 MatchesRegex("zq-panel-" + std::to_string(server_->port()) +
@@ -31,8 +32,41 @@ TEST_F(AccessTest, TheTokenHas256BitsAndIsNotTheCookie) {
 TEST_F(AccessTest, TheTokenCanBeUsedAgain) {
     std::string const first = cookie_;
     enter();
-    EXPECT_EQ(entered_.status, 303);
+    EXPECT_EQ(entered_.status, 200);
     EXPECT_EQ(cookie_, first);
+}
+
+TEST_F(AccessTest, ThePageThatEntersGetsAKeyThatNobodyElseIsGiven) {
+    EXPECT_THAT(key_, MatchesRegex("[0-9a-f]{64}"));
+    EXPECT_THAT(entered_.head + server_->address() + cookie_, Not(HasSubstr(key_)));
+    EXPECT_THAT(entered_.body, Not(HasSubstr(token_)));
+    for (char const* const target : {"/", "/enter", "/enter?token=0", "/api/state", "/assets/main-1234.js"}) {
+        Answer const answer = get(target);
+        EXPECT_THAT(answer.head + answer.body, Not(HasSubstr(key_)))
+            << target << ", to whoever has the cookie";
+    }
+    std::string const first = key_;
+    enter();
+    EXPECT_EQ(key_, first) << "pages of one run know each other";
+}
+
+TEST_F(AccessTest, TheCookieAloneChangesNothing) {
+    std::string const head = "DELETE /api/echo HTTP/1.1\r\n" + hostLine() + cookieLine() + originLine();
+    EXPECT_EQ(ask(head + keyLine() + "\r\n").body, "deleted");
+    std::string const name = "X-Zq-Panel-Key: ";
+    std::string almost = key_;
+    almost.back() = almost.back() == '0' ? '1' : '0';
+    for (std::string const& lines :
+         {std::string(), name + "\r\n", name + almost + "\r\n", name + key_ + "0\r\n",
+          name + key_.substr(1) + "\r\n", name + token_ + "\r\n", keyLine() + keyLine(),
+          name + cookie_.substr(cookie_.find('=') + 1) + "\r\n", "Cookie: key=" + key_ + "\r\n"}) {
+        for (std::string const& more : {std::string(), std::string("Sec-Fetch-Site: same-origin\r\n")}) {
+            Answer const answer = ask(head + lines + more + "\r\n");
+            EXPECT_EQ(answer.status, 403) << lines;
+            EXPECT_EQ(answer.error(), "foreign_origin") << lines;
+        }
+    }
+    EXPECT_EQ(get("/api/bytes", "Range: bytes=0-1\r\n").status, 206) << "pictures and films show no key";
 }
 
 TEST_F(AccessTest, EachServerHasSecretsOfItsOwn) {
@@ -123,13 +157,13 @@ TEST_F(AccessTest, AHostIsComparedAsItWasSent) {
 TEST_F(AccessTest, LocalhostIsTheSamePanel) {
     std::string const host = "localhost:" + std::to_string(server_->port());
     std::string const head = " /api/echo HTTP/1.1\r\nHost: " + host + "\r\n" + cookieLine();
-    EXPECT_EQ(ask("DELETE" + head + "Origin: http://" + host + "\r\n\r\n").body, "deleted");
+    EXPECT_EQ(ask("DELETE" + head + keyLine() + "Origin: http://" + host + "\r\n\r\n").body, "deleted");
     // Another name is another origin.
-    EXPECT_EQ(ask("DELETE" + head + originLine() + "\r\n").error(), "foreign_origin");
+    EXPECT_EQ(ask("DELETE" + head + keyLine() + originLine() + "\r\n").error(), "foreign_origin");
 }
 
 TEST_F(AccessTest, AChangeComesFromThePanelsOwnPage) {
-    std::string const head = "DELETE /api/echo HTTP/1.1\r\n" + hostLine() + cookieLine();
+    std::string const head = "DELETE /api/echo HTTP/1.1\r\n" + hostLine() + cookieLine() + keyLine();
     EXPECT_EQ(ask(head + originLine() + "\r\n").body, "deleted");
     EXPECT_EQ(ask(head + originLine() + "Sec-Fetch-Site: same-origin\r\n\r\n").body, "deleted");
     for (std::string const& lines :
@@ -168,7 +202,7 @@ TEST_F(AccessTest, AnotherPageMayLeadToThePanel) {
     std::string const lines =
         "Sec-Fetch-Site: cross-site\r\nSec-Fetch-Mode: navigate\r\nSec-Fetch-Dest: document\r\n";
     EXPECT_EQ(get("/", lines).status, 200);
-    EXPECT_EQ(get("/enter?token=" + token_, lines).header("location"), "/");
+    EXPECT_EQ(metaIn(get("/enter?token=" + token_, lines).body, "zq-panel-address"), "/");
     EXPECT_EQ(get("/", "Sec-Fetch-Site: cross-site\r\nSec-Fetch-Mode: no-cors\r\n").error(),
               "foreign_origin");
 }
@@ -186,10 +220,11 @@ TEST_F(AccessTest, APageThatDoesNotKnowTheTokenGetsNoPanelIntoItsFrame) {
                 EXPECT_EQ(get(target, lines).error(), "foreign_origin") << target;
             }
             Answer const entered = get("/enter?token=" + token_, lines);
-            EXPECT_EQ(entered.status, 303);
-            EXPECT_THAT(entered.header("location"), MatchesRegex("/\\?frame=[0-9a-f]{64}"));
-            EXPECT_EQ(get(entered.header("location"), lines).status, 200);
-            EXPECT_EQ(get("/enter?token=0", lines).header("location"), "");
+            EXPECT_EQ(entered.status, 200);
+            std::string const address = metaIn(entered.body, "zq-panel-address");
+            EXPECT_THAT(address, MatchesRegex("/\\?frame=[0-9a-f]{64}"));
+            EXPECT_EQ(get(address, lines).status, 200);
+            EXPECT_EQ(metaIn(get("/enter?token=0", lines).body, "zq-panel-address"), "");
         }
     }
     // A frame of its own is the page's affair.
@@ -217,7 +252,9 @@ TEST_F(AccessTest, TheChecksHaveTheirOrder) {
     EXPECT_EQ(ask(line + badHost + badOrigin + badType + badLength + "\r\n").status, 421);
     EXPECT_EQ(ask(line + hostLine() + badOrigin + badType + badLength + "\r\n").status, 401);
     EXPECT_EQ(ask(line + hostLine() + cookieLine() + badOrigin + badType + badLength + "\r\n").status, 403);
-    std::string const ownPage = line + hostLine() + cookieLine() + originLine();
+    EXPECT_EQ(ask(line + hostLine() + cookieLine() + originLine() + badType + badLength + "\r\n").status,
+              403);
+    std::string const ownPage = line + hostLine() + cookieLine() + originLine() + keyLine();
     EXPECT_EQ(ask(ownPage + badType + badLength + "\r\n").status, 415);
     EXPECT_EQ(ask(ownPage + "Content-Type: application/json\r\n" + badLength + "\r\n").status, 413);
     EXPECT_EQ(ask(ownPage + "Content-Type: application/json\r\n" + goodLength + "\r\n[]").status, 400);

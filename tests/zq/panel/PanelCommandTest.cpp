@@ -32,13 +32,16 @@ public:
         std::string const host = "http://127.0.0.1:";
         EXPECT_THAT(address, MatchesRegex(host + "[0-9]+/enter\\?token=[0-9a-f]{64}"));
         port_ = std::stoi(address.substr(host.size()));
-        std::string const cookie = ask("GET " + address.substr(address.find("/enter"))).header("set-cookie");
+        Answer const entered = ask("GET " + address.substr(address.find("/enter")));
+        std::string const cookie = entered.header("set-cookie");
         cookie_ = cookie.substr(0, cookie.find(';'));
+        key_ = panel_tests::metaIn(entered.body, "zq-panel-key");
     }
     [[nodiscard]] int port() const noexcept { return port_; }
     [[nodiscard]] std::string head(std::string const& methodAndTarget) const {
         return methodAndTarget + " HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(port_) +
-               "\r\nOrigin: http://127.0.0.1:" + std::to_string(port_) + "\r\nCookie: " + cookie_ + "\r\n";
+               "\r\nOrigin: http://127.0.0.1:" + std::to_string(port_) + "\r\nCookie: " + cookie_ +
+               "\r\nX-Zq-Panel-Key: " + key_ + "\r\n";
     }
     [[nodiscard]] Answer ask(std::string const& methodAndTarget) const {
         return RawClient(port_).ask(head(methodAndTarget) + "\r\n");
@@ -52,6 +55,7 @@ public:
 private:
     int port_ = 0;
     std::string cookie_ = "none";
+    std::string key_ = "none";
 };
 
 class PanelCommandTest : public zq_tests::ProgramFixture {
@@ -244,7 +248,8 @@ TEST_F(PanelInBrowserTest, IsOpenedByAPageOfItsUsersAloneThatGoesOnceItWasUsed) 
     EXPECT_EQ(entered.status, 200) << "the cookie would be lost along a redirect";
     EXPECT_EQ(entered.header("content-type"), "text/html; charset=utf-8");
     EXPECT_THAT(entered.header("set-cookie"), HasSubstr("SameSite=Strict"));
-    EXPECT_EQ(addressIn(entered.body), "/");
+    EXPECT_EQ(panel_tests::metaIn(entered.body, "zq-panel-address"), "/");
+    EXPECT_EQ(panel_tests::metaIn(entered.body, "zq-panel-key").size(), 64U);
     waitUntil([this] { return !std::filesystem::exists(page()); });
     program->sendSignal(SIGINT);
     EXPECT_EQ(program->finish().status, 0);

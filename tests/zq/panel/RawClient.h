@@ -42,6 +42,15 @@ struct Answer {
     }
 };
 
+// What a page says in its head under that name; empty where it does not.
+[[nodiscard]] inline std::string metaIn(std::string const& page, std::string const& name) {
+    std::string const before = "<meta name=\"" + name + "\" content=\"";
+    std::size_t const at = page.find(before);
+    return at == std::string::npos
+               ? std::string()
+               : page.substr(at + before.size(), page.find('"', at + before.size()) - at - before.size());
+}
+
 // Throws std::runtime_error where nothing comes for ten seconds.
 class RawClient {
 public:

@@ -43,13 +43,27 @@ private:
     std::uint64_t const size_;
 };
 
+// Content whose first bytes come only when it is read for the third time.
+class Latecomer final : public zq::panel::Content {
+public:
+    [[nodiscard]] std::uint64_t size() const override { return 5; }
+    [[nodiscard]] bool isLate() const override { return reads_ < 3; }
+    [[nodiscard]] std::size_t read(std::uint64_t offset, std::span<char> bytes) override {
+        ++reads_;
+        return isLate() ? 0 : std::string_view("later").copy(bytes.data(), bytes.size(), offset);
+    }
+
+private:
+    int reads_ = 0;
+};
+
 class TransportFixture : public testing::Test {
 protected:
     static constexpr std::uint64_t contentSize = 100'000;
 
     TransportFixture() {
         std::filesystem::create_directory(folder_.path() / "assets");
-        write("index.html", "<!doctype html><title>page</title>");
+        write("index.html", "<!doctype html><html><head><title>page</title></head></html>");
         write("assets/main-1234.js", "export {};");
         write("assets/notes.txt", "no asset");
         write("secret.txt", "secret");
@@ -72,6 +86,12 @@ protected:
              [](Request const& r) { return textOf(std::string(r.body->getStringView("text"))); }},
             {"PUT", "/api/echo", [](Request const&) { return textOf("put"); }},
             {"DELETE", "/api/echo", [](Request const&) { return textOf("deleted"); }},
+            {"GET", "/api/late",
+             [](Request const&) {
+                 Response response;
+                 response.content = std::make_shared<Latecomer>();
+                 return response;
+             }},
             {"GET", "/api/bytes",
              [](Request const&) {
                  Response response;
@@ -126,18 +146,20 @@ protected:
         entered_ = RawClient(server_->port()).ask("GET " + target + " HTTP/1.1\r\n" + hostLine() + "\r\n");
         std::string const cookie = entered_.header("set-cookie");
         cookie_ = cookie.substr(0, cookie.find(';'));
+        key_ = metaIn(entered_.body, "zq-panel-key");
     }
 
     [[nodiscard]] std::string host() const { return "127.0.0.1:" + std::to_string(server_->port()); }
     [[nodiscard]] std::string hostLine() const { return "Host: " + host() + "\r\n"; }
     [[nodiscard]] std::string cookieLine() const { return "Cookie: " + cookie_ + "\r\n"; }
     [[nodiscard]] std::string originLine() const { return "Origin: http://" + host() + "\r\n"; }
+    [[nodiscard]] std::string keyLine() const { return "X-Zq-Panel-Key: " + key_ + "\r\n"; }
     // A request as the page sends it.
     [[nodiscard]] std::string request(std::string const& methodAndTarget,
                                       std::string const& headers = {}) const {
         bool const reads = methodAndTarget.starts_with("GET ") || methodAndTarget.starts_with("HEAD ");
         return methodAndTarget + " HTTP/1.1\r\n" + hostLine() + cookieLine() +
-               (reads ? std::string() : originLine()) + headers + "\r\n";
+               (reads ? std::string() : originLine() + keyLine()) + headers + "\r\n";
     }
     [[nodiscard]] static std::string json(std::size_t length) {
         return "Content-Type: application/json\r\nContent-Length: " + std::to_string(length) + "\r\n";
@@ -158,6 +180,7 @@ protected:
     Answer entered_;
     std::string token_;
     std::string cookie_;
+    std::string key_;
 };
 
 } // namespace panel_tests

@@ -1,5 +1,6 @@
 // One request to the panel's program: JSON there and back, failures as ApiError.
 import { ApiError, isAbort } from './ApiError.ts';
+import { pageKey } from './pageKey.ts';
 import type { ErrorCode } from './types.ts';
 
 export interface RequestOptions {
@@ -33,10 +34,15 @@ export async function errorOf(response: Response): Promise<ApiError> {
 
 export async function request<Answer>(address: string, options: RequestOptions = {}): Promise<Answer> {
   const init: RequestInit = { method: options.method ?? 'GET', credentials: 'same-origin' };
+  const headers: Record<string, string> = {};
+  if (init.method !== 'GET') {
+    headers['X-Zq-Panel-Key'] = pageKey();
+  }
   if (options.body !== undefined) {
     init.body = JSON.stringify(options.body);
-    init.headers = { 'Content-Type': 'application/json' };
+    headers['Content-Type'] = 'application/json';
   }
+  init.headers = headers;
   if (options.signal !== undefined) {
     init.signal = options.signal;
   }
