@@ -1,8 +1,14 @@
 // How a result of a thousand clips scrolls, and how soon the first of them are on screen: the real programs and the
 // built page in a browser, beside an empty page of the same length, which is what this machine can do at all.
 //   node bench/scroll.mjs [SECONDS]
+//
+// The frames that were drawn hold for a machine that does nothing else. What the page's thread computes for a frame is
+// told beside them, as processor time: that can be compared on a busy machine, with the same build type of the programs.
+import { existsSync, readFileSync } from 'node:fs';
+import { join } from 'node:path';
+import { build } from '../e2e/support/places.mjs';
 import { World } from '../e2e/support/World.mjs';
-import { drawnFrames, framesOf, gapsOf, late_ms, median, traced } from './Trace.mjs';
+import { drawnFrames, framesOf, late_ms, mainWork, median, traced } from './Trace.mjs';
 
 const clipCount = 1000;
 const searches = 15;
@@ -10,9 +16,10 @@ const turns = 3; // of each page, one after the other, since other work on this 
 const seconds = Number(process.argv[2] ?? 10);
 const size = { width: 1280, height: 800 };
 
-// Runs in the page: when each of its frames began, and in how many a part of what is on screen had no rows yet.
-function watchFrames() {
-  const seen = { times: [], bare: 0 };
+// Runs in the page: in how many of its frames a part of what is on screen had no rows as the frame began. The browser
+// scrolls before the page has answered, so what is not there by then may have been seen to be missing.
+function watchRows() {
+  const seen = { frames: 0, bare: 0 };
   const isCovered = (scroller) => {
     const box = scroller.getBoundingClientRect();
     const rows = [...scroller.querySelectorAll('.place')]
@@ -24,19 +31,19 @@ function watchFrames() {
       Math.max(...rows.map((row) => row.bottom)) > box.bottom - between
     );
   };
-  const step = (time) => {
-    seen.times.push(time);
+  const step = () => {
     const scroller = document.querySelector('[role="grid"]');
+    seen.frames++;
     seen.bare += scroller === null || isCovered(scroller) ? 0 : 1;
     seen.handle = requestAnimationFrame(step);
   };
   seen.handle = requestAnimationFrame(step);
-  window.seenFrames = seen;
+  window.seenRows = seen;
 }
 
-function watchedFrames() {
-  cancelAnimationFrame(window.seenFrames.handle);
-  return { times: window.seenFrames.times, bare: window.seenFrames.bare };
+function watchedRows() {
+  cancelAnimationFrame(window.seenRows.handle);
+  return { frames: window.seenRows.frames, bare: window.seenRows.bare };
 }
 
 // Scrolls that element from its top to its end, as a finger does it.
@@ -48,7 +55,7 @@ async function scroll(page, selector) {
     const box = element.getBoundingClientRect();
     return { x: box.left + box.width / 2, y: box.top + box.height / 2, distance: element.scrollHeight - element.clientHeight };
   });
-  await page.evaluate(watchFrames);
+  await page.evaluate(watchRows);
   const events = await traced(session, () =>
     session.send('Input.synthesizeScrollGesture', {
       x,
@@ -59,18 +66,23 @@ async function scroll(page, selector) {
       preventFling: true,
     }),
   );
-  const { times, bare } = await page.evaluate(watchedFrames);
+  const { bare } = await page.evaluate(watchedRows);
   await session.detach();
-  return { ...drawnFrames(events), pageGaps: gapsOf(times), bare };
+  return { ...drawnFrames(events), work: mainWork(events), bare, distance };
 }
 
 // Scrolls that were made in turns, as one.
 function together(scrolls) {
-  const sum = (member) => scrolls.reduce((soFar, scroll) => soFar + scroll[member], 0);
+  const sum = (member) => scrolls.reduce((soFar, scroll) => soFar + member(scroll), 0);
+  const tasks = scrolls.flatMap(({ work }) => work.tasks);
+  const work_ms = tasks.reduce((soFar, task) => soFar + task, 0);
   return {
-    drawn: { ...framesOf(scrolls.flatMap(({ gaps }) => gaps)), dropped: sum('dropped') },
-    page: framesOf(scrolls.flatMap(({ pageGaps }) => pageGaps)),
-    bare: sum('bare'),
+    drawn: framesOf(scrolls.flatMap(({ gaps }) => gaps)),
+    dropped: sum(({ dropped }) => dropped),
+    bare: sum(({ bare }) => bare),
+    perFrame: work_ms / Math.max(1, sum(({ work }) => work.frames)),
+    perScreen: (work_ms * 1000) / sum(({ distance }) => distance),
+    longest: Math.max(0, ...tasks),
   };
 }
 
@@ -85,9 +97,19 @@ async function plainPage(browser, height) {
   return page;
 }
 
-function row(name, { drawn, page, bare }) {
-  const figures = [drawn.count, drawn.late, drawn.dropped, drawn.p50.toFixed(1), drawn.p99.toFixed(1), page.p50.toFixed(1), page.p99.toFixed(1), bare];
-  console.log(name.padEnd(14) + figures.map((figure) => String(figure).padStart(10)).join(''));
+const heads = ['frames', 'late', 'dropped', 'p50', 'p99', 'bare', 'ms/frame', 'ms/1000px', 'longest'];
+
+function row(name, { drawn, dropped, bare, perFrame, perScreen, longest }) {
+  const figures = [drawn.count, drawn.late, dropped, drawn.p50.toFixed(1), drawn.p99.toFixed(1), bare];
+  const work = [perFrame, perScreen, longest].map((figure) => figure.toFixed(2));
+  return [name.padEnd(12), ...[...figures, ...work].map((figure) => String(figure).padStart(10))].join('');
+}
+
+// Programs that were built for finding faults answer later than those that people use.
+function buildType() {
+  const cache = join(build, 'CMakeCache.txt');
+  const type = existsSync(cache) ? /^CMAKE_BUILD_TYPE:\w+=(.*)$/m.exec(readFileSync(cache, 'utf8'))?.[1] : undefined;
+  return type || 'unknown';
 }
 
 // From the end of the answer to a search until the first of its clips is painted, in milliseconds. The page's own
@@ -181,11 +203,10 @@ try {
   await world.closePanels();
 
   const [plain, grid, list] = [together(scrolls.plain), together(scrolls.grid), together(scrolls.list)];
-  console.log(`${clipCount} clips in ${seconds} s, ${turns} times, in turn; frame times in ms (late: over ${late_ms})`);
-  console.log('                  frames      late   dropped       p50       p99  page p50  page p99      bare');
-  row('plain page', plain);
-  row('grid', grid);
-  row('list', list);
+  console.log(`${clipCount} clips in ${seconds} s, ${turns} times, in turn; build type of the programs: ${buildType()}`);
+  console.log(`frame times in ms (late: over ${late_ms}); of the page's thread the processor time, and its longest task`);
+  console.log(' '.repeat(12) + heads.map((head) => head.padStart(10)).join(''));
+  console.log([row('plain page', plain), row('grid', grid), row('list', list)].join('\n'));
   for (const [name, { drawn }] of [['grid', grid], ['list', list]]) {
     const [frames, p50] = [drawn.count / plain.drawn.count, drawn.p50 / plain.drawn.p50];
     console.log(`${name}/plain page: frames ${frames.toFixed(2)} (goal: >= 0.98), p50 ${p50.toFixed(2)} (goal: <= 1.02)`);

@@ -1,6 +1,6 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { gridShape, moveTo, rowCount, rowsInView, scrollToRow } from '../src/lib/gridLayout.ts';
+import { gridShape, moveTo, rowCount, rowsAround, rowsInView, scrollToRow } from '../src/lib/gridLayout.ts';
 
 const space = { width: 1000, tileSize: 200, aspect: 16 / 9, textHeight: 40, gap: 10 };
 
@@ -24,16 +24,29 @@ test('a service that tells no sound aspect gets pictures of 16 by 9', () => {
   }
 });
 
-test('the rows in view are those that the window touches, and the extra ones that exist', () => {
-  assert.deepEqual(rowsInView(0, 300, 100, 50, 0), { first: 0, last: 2 });
-  assert.deepEqual(rowsInView(50, 300, 100, 50, 0), { first: 0, last: 3 });
-  assert.deepEqual(rowsInView(1000, 300, 100, 50, 2), { first: 8, last: 14 });
-  assert.deepEqual(rowsInView(4800, 300, 100, 50, 2), { first: 46, last: 49 });
-  assert.deepEqual(rowsInView(99999, 300, 100, 50, 2), { first: 49, last: 49 });
+test('the rows in view are those that the window touches', () => {
+  assert.deepEqual(rowsInView(0, 300, 100, 50), { first: 0, last: 2 });
+  assert.deepEqual(rowsInView(50, 300, 100, 50), { first: 0, last: 3 });
+  assert.deepEqual(rowsInView(4800, 300, 100, 50), { first: 48, last: 49 });
+  assert.deepEqual(rowsInView(99999, 300, 100, 50), { first: 49, last: 49 });
+});
+
+test('the rows around the window are enough for both sides, and as many wherever one scrolls', () => {
+  for (let top = 0; top <= 4700; top += 13) {
+    const { first, last } = rowsAround(top, 300, 100, 50, 150);
+    assert.equal(last - first + 1, 8);
+    assert.ok(first >= 0 && last < 50, `${first} to ${last}`);
+    assert.ok(first * 100 <= Math.max(0, top - 150), `${first} at ${top}`);
+    assert.ok((last + 1) * 100 >= Math.min(5000, top + 300 + 150), `${last} at ${top}`);
+  }
+  assert.deepEqual(rowsAround(99999, 300, 100, 50, 150), { first: 42, last: 49 });
+  assert.deepEqual(rowsAround(0, 300, 100, 3, 150), { first: 0, last: 2 });
+  assert.deepEqual(rowsAround(0, 0, 100, 50, 150), { first: 0, last: 4 });
 });
 
 test('nothing is in view of an empty result', () => {
-  assert.deepEqual(rowsInView(0, 300, 100, 0, 3), { first: 0, last: -1 });
+  assert.deepEqual(rowsInView(0, 300, 100, 0), { first: 0, last: -1 });
+  assert.deepEqual(rowsAround(0, 300, 100, 0, 150), { first: 0, last: -1 });
 });
 
 test('a last row that is not full counts', () => {

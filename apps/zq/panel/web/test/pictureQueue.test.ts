@@ -26,8 +26,8 @@ function makeQueue() {
     begun,
     aborted,
     told,
-    ask: (address: string, onScreen = true) =>
-      queue.ask(address, onScreen, (isThere) => told.push(`${address} ${isThere ? 'there' : 'none'}`)),
+    ask: (address: string, isOnScreen = () => true) =>
+      queue.ask(address, isOnScreen, (isThere) => told.push(`${address} ${isThere ? 'there' : 'none'}`)),
     goOn: () => postponed.splice(0).forEach((work) => work()),
     async end(address: string, fetched: Fetched): Promise<void> {
       ends.get(address)?.(fetched);
@@ -53,10 +53,11 @@ test('what is on screen goes first, also what has come there meanwhile', async (
   const { ask, begun, end } = makeQueue();
   ask('a');
   ask('b');
-  ask('below', false);
-  const scrolledTo = ask('far below', false);
+  let scrolled = false;
+  ask('below', () => false);
+  ask('far below', () => scrolled);
   ask('seen');
-  scrolledTo.onScreen = true;
+  scrolled = true;
   await end('a', 'there');
   await end('b', 'there');
   assert.deepEqual(begun, ['a', 'b', 'far below', 'seen']);
@@ -106,10 +107,10 @@ test('a transfer that fails is a picture that is not there, until it is asked fo
   const told: boolean[] = [];
   let isBack = false;
   const queue = new PictureQueue(() => (isBack ? Promise.resolve('there') : Promise.reject(new Error('no network'))));
-  queue.ask('a', true, (isThere) => told.push(isThere));
+  queue.ask('a', () => true, (isThere) => told.push(isThere));
   await settled();
   isBack = true;
-  queue.ask('a', true, (isThere) => told.push(isThere));
+  queue.ask('a', () => true, (isThere) => told.push(isThere));
   await settled();
   assert.deepEqual(told, [false, true]);
   queue.forget('a');

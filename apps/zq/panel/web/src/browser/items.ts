@@ -24,3 +24,15 @@ export function itemAttributes({ clip, index, active, chosen }: Item) {
     draggable: clip !== undefined,
   };
 }
+
+// Whether there is a sign to show: a frame for none costs something in every tile that scrolls by.
+export function hasSigns(clip: Clip, inBasket: boolean): boolean {
+  return clip.owned || inBasket || clip.state !== '';
+}
+
+// What a row asks of the view that it stands in.
+export interface View {
+  itemAt(index: number): Item;
+  isOnScreen(row: number): boolean; // at this moment; nothing is told when it changes
+  isPassing(): boolean; // one scrolls so fast that nobody sees a picture
+}

@@ -29,14 +29,26 @@ export interface RowSpan {
   last: number; // inclusive; before first where there is none
 }
 
-// The rows that are on screen, and so many on both sides of them.
-export function rowsInView(scrollTop: number, height: number, rowHeight: number, rows: number, extra: number): RowSpan {
+// The rows that are on screen.
+export function rowsInView(scrollTop: number, height: number, rowHeight: number, rows: number): RowSpan {
   if (rows === 0 || rowHeight <= 0) {
     return { first: 0, last: -1 };
   }
-  const first = Math.floor(scrollTop / rowHeight) - extra;
-  const last = Math.ceil((scrollTop + height) / rowHeight) - 1 + extra;
+  const first = Math.floor(scrollTop / rowHeight);
+  const last = Math.ceil((scrollTop + height) / rowHeight) - 1;
   return { first: Math.min(Math.max(0, first), rows - 1), last: Math.max(0, Math.min(rows - 1, last)) };
+}
+
+// The rows on screen and `around` pixels on both sides, in whole rows. They are as many wherever one scrolls, also at both
+// ends, so that each row that goes is one that comes.
+export function rowsAround(scrollTop: number, height: number, rowHeight: number, rows: number, around: number): RowSpan {
+  if (rows === 0 || rowHeight <= 0) {
+    return { first: 0, last: -1 };
+  }
+  const extra = Math.ceil(around / rowHeight);
+  const count = Math.min(rows, Math.ceil(Math.max(0, height) / rowHeight) + 1 + 2 * extra);
+  const first = Math.min(Math.max(0, Math.floor(scrollTop / rowHeight) - extra), rows - count);
+  return { first, last: first + count - 1 };
 }
 
 export function rowCount(total: number, columns: number): number {

@@ -8,14 +8,13 @@ export type Fetched = 'there' | 'none' | 'later';
 export type Fetch = (address: string, signal: AbortSignal) => Promise<Fetched>;
 
 export interface Wish {
-  onScreen: boolean;
   // Nobody waits for it any more; nothing is told of it from then on.
   cancel(): void;
 }
 
 interface Entry {
   address: string;
-  onScreen: boolean;
+  isOnScreen: () => boolean;
   onEnd: (isThere: boolean) => void;
   transfer: AbortController | null; // null: it waits
   notBefore: boolean; // it has just been asked for and was not there yet
@@ -48,18 +47,12 @@ export class PictureQueue {
     this.#there.delete(address);
   }
 
-  // `onEnd` is told once, and not before this has returned.
-  ask(address: string, onScreen: boolean, onEnd: (isThere: boolean) => void): Wish {
-    const entry: Entry = { address, onScreen, onEnd, transfer: null, notBefore: false };
+  // `onEnd` is told once, and not before this has returned. `isOnScreen` is asked whenever the next one is chosen.
+  ask(address: string, isOnScreen: () => boolean, onEnd: (isThere: boolean) => void): Wish {
+    const entry: Entry = { address, isOnScreen, onEnd, transfer: null, notBefore: false };
     this.#entries.push(entry);
     this.#startMore();
     return {
-      get onScreen() {
-        return entry.onScreen;
-      },
-      set onScreen(value) {
-        entry.onScreen = value;
-      },
       cancel: () => {
         this.#entries = this.#entries.filter((other) => other !== entry);
         entry.transfer?.abort();
@@ -70,7 +63,7 @@ export class PictureQueue {
   #startMore(): void {
     while (this.#running < atOnce) {
       const waiting = this.#entries.filter((entry) => entry.transfer === null && !entry.notBefore);
-      const next = waiting.find((entry) => entry.onScreen) ?? waiting[0];
+      const next = waiting.find((entry) => entry.isOnScreen()) ?? waiting[0];
       if (next === undefined) {
         return;
       }
