@@ -1,7 +1,6 @@
 // What a careless service or repository tells: the same name twice, figures without sense, a legend without end.
 import assert from 'node:assert/strict';
 import { after, afterEach, before, beforeEach, test } from 'node:test';
-import { ServiceSeam } from './support/ServiceSeam.mjs';
 import { t } from './support/texts.mjs';
 import { World } from './support/World.mjs';
 
@@ -11,9 +10,8 @@ let world;
 let seam;
 let panel;
 before(async () => {
-  world = await World.start();
-  seam = await ServiceSeam.open(world.service);
-  await seam.stand(world);
+  world = await World.start({ seam: true });
+  seam = world.seam;
 });
 beforeEach(async () => {
   seam.change = null;
@@ -23,10 +21,7 @@ afterEach(async () => {
   assert.deepEqual(panel.problems, []);
   await world.closePanels();
 });
-after(async () => {
-  await world?.end();
-  await seam?.end();
-});
+after(() => world?.end());
 
 // The answers of the program to that path, changed on their way to the page.
 const changed = (path, change) =>

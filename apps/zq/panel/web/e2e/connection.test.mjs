@@ -46,6 +46,13 @@ async function place() {
   return all[0] ?? 0;
 }
 
+// What was read of a preview before comes again from the service.
+async function clearCache() {
+  await panel.openDrawer('settings');
+  await panel.button('settings.clear_cache', panel.drawer).click();
+  await panel.sees(t('settings.cleared', { bytes: '' }).trim());
+}
+
 // Plays until it waits for bytes that do not come.
 async function playUntilItWaits() {
   await world.service.goWrong({ path: '/0' }, 'stall', { bytes: 400_000, ms: 60_000 }, 100);
@@ -57,36 +64,97 @@ async function playUntilItWaits() {
 const plays = (from) =>
   panel.until(async () => (await place()) > from + 1, async () => `it does not play on: ${await player().textContent()}`);
 
-test('a preview plays on by itself where the way to its service is cut and soon mended', async () => {
+const waiting = () => player().getByRole('status');
+const waits = (why = '') =>
+  panel.until(async () => {
+    const said = (await waiting().allTextContents()).join();
+    return said.includes(t('player.waiting')) && said.includes(why);
+  }, async () => `it does not wait: ${await player().textContent()}`);
+
+// The program says why as soon as it knows.
+async function saysThatTheServiceCannotBeReached() {
+  await waits(t('failure.reason.service_unreachable'));
+  assert.equal(await player().getByRole('alert').count(), 0);
+}
+
+test('a preview whose way to its service is cut says at once that it waits and why, and plays on by itself', async () => {
   await playUntilItWaits();
   await world.relay.cut();
-  await player().getByText(t('player.loading')).waitFor();
+  await saysThatTheServiceCannotBeReached();
   const stood = await place();
   await world.service.goRight();
   await world.relay.mend();
   await plays(stood);
+  await waiting().getByText(t('player.waiting')).waitFor({ state: 'detached' });
   assert.equal(await player().getByRole('alert').count(), 0);
 });
 
-test('a preview whose service has ended says so, and plays on from there when it is tried again', async () => {
-  await panel.openDrawer('settings');
-  await panel.button('settings.clear_cache', panel.drawer).click();
-  await panel.sees(t('settings.cleared', { bytes: '' }).trim());
+test('a preview whose service says nothing any more waits with a sign, though nobody knows why', async () => {
+  await clearCache();
+  await playUntilItWaits();
+  await waits();
+  assert.equal(await player().getByRole('alert').count(), 0);
+  const stood = await place();
+  await world.service.goRight();
+  await plays(stood);
+});
+
+test('a preview whose service has ended says so, and plays on from there when it is back', async () => {
+  await clearCache();
   await playUntilItWaits();
   await world.service.goDown();
-  const alert = player().getByRole('alert');
-  // The browser itself tries again for half a minute.
-  await alert.waitFor({ timeout: 60_000 });
-  const why = await alert.locator('.why').textContent();
-  assertReadable(why, 'preview');
-  assert.notEqual(why, t('player.not_playable'));
+  await saysThatTheServiceCannotBeReached();
   assert.equal(await panel.clips.count(), 3, 'what is on screen stays');
-  await world.service.comeBack();
-  await panel.button('common.try_again', player()).click();
-  await panel.until(async () => (await place()) > 0.4, async () => `not where it stood: ${await player().textContent()}`);
   const stood = await place();
-  await panel.button('player.play', player()).click();
+  await world.service.comeBack();
   await plays(stood);
+  assert.equal(await player().getByRole('alert').count(), 0);
+});
+
+test('the sequence waits and plays on in the same way', async () => {
+  await clearCache();
+  await panel.place('Long harbour');
+  await panel.piece('Long harbour').waitFor();
+  await world.service.goWrong({ path: '/0' }, 'stall', { bytes: 400_000, ms: 60_000 }, 100);
+  await panel.page.locator('footer.strip').getByRole('button', { name: t('sequence.play_all'), exact: true }).click();
+  const seen = () => player().locator('video.front').evaluate((one) => (one.error === null ? one.currentTime : 0));
+  await panel.until(async () => (await seen()) > 0.5, async () => `it does not play: ${await player().textContent()}`);
+  await world.relay.cut();
+  await saysThatTheServiceCannotBeReached();
+  const stood = await seen();
+  await world.service.goRight();
+  await world.relay.mend();
+  await panel.until(async () => (await seen()) > stood + 1, async () => `it does not play on: ${await player().textContent()}`);
+});
+
+test('a clip that is placed while a search is slow says that it waits, and lies in the sequence once', async () => {
+  const { page } = panel;
+  const before = await panel.pieces.count();
+  await world.service.goWrong({ command: 'search' }, 'stall', { bytes: 0, ms: 60_000 }, 1);
+  await panel.clip('Green meadow').focus();
+  await page.keyboard.press('Enter'); // the player has it while the results are another search's
+  await player().getByRole('heading', { name: 'Green meadow' }).waitFor();
+  await panel.words.fill('harbour');
+  await panel.words.press('Enter');
+  await panel.until(async () => (await world.service.met('search')) > 0, () => 'it does not search');
+  const place = player().locator('button.primary');
+  await place.click();
+  await page.locator('footer.strip').getByRole('status').getByText(t('sequence.placing', { clip: 'Green meadow' })).waitFor();
+  assert.equal(await place.getAttribute('aria-busy'), 'true');
+  await place.click();
+  await world.service.goRight();
+  await panel.until(async () => (await panel.pieces.count()) > before, () => 'it is lost');
+  await page.locator('footer.strip').getByRole('status').getByText('Green meadow').waitFor({ state: 'detached' });
+  const { sequences } = await panel.get('project');
+  const { pieces } = await panel.get(`sequences/${encodeURIComponent(sequences[0])}`);
+  assert.equal(pieces.filter((piece) => piece.name === 'Green meadow').length, 1, 'a second press placed it again');
+  await place.click();
+  await panel.until(async () => (await panel.pieces.count()) === before + 2, () => 'what is pressed later is meant');
+  await page.keyboard.press('Control+z');
+  await panel.until(async () => (await panel.pieces.count()) === before + 1);
+  await page.keyboard.press('Control+z');
+  await panel.until(async () => (await panel.pieces.count()) === before);
+  await panel.search(''); // with whose words the next panel begins
 });
 
 async function signIn() {
@@ -133,6 +201,10 @@ test('a fetch whose way to the service is cut fails in words, and is done when i
   await signInAnew();
   await buy('Green meadow');
   await fetchUntilItWaits('Green meadow');
+  await panel.page.locator('header.top .account').click();
+  await panel.dialog.getByText(t('account.ends_fetches.one', { count: 1 })).waitFor();
+  await panel.page.keyboard.press('Escape');
+  await panel.dialog.waitFor({ state: 'detached' });
   await world.relay.cut();
   await fetchHasFailed('Green meadow');
   await world.service.goRight();

@@ -23,7 +23,7 @@ before(async () => {
     const { clips } = await (await fetch('/api/repositories/T7/search?words=&pageSize=200')).json();
     const answer = await fetch('/api/repositories/T7/purchases', {
       method: 'POST',
-      headers: { 'Content-Type': 'application/json' },
+      headers: { 'Content-Type': 'application/json', 'X-Zq-Panel-Key': localStorage['zq-panel.key'] },
       body: JSON.stringify({ key: 'all', clips: clips.map(({ id }) => id), payment: 'credits' }),
     });
     return (await answer.json()).state;

@@ -60,7 +60,10 @@ const comesAllTheSame = ({ harmless, kind, values }) =>
   harmless || kind === 'changed-validator' || (kind === 'wrong-length' && values.bytes < 0);
 
 test('a picture that does not come leaves a sign in its place, and comes with the next search', async () => {
-  await panel.page.getByText(t('results.no_picture')).first().waitFor();
+  // None of them is on its way any more when they begin to come.
+  const signs = panel.clips.getByText(t('results.no_picture'));
+  await panel.until(async () => (await signs.count()) > 0 && (await signs.count()) === (await panel.clips.count()), async () =>
+    `${await signs.count()} of ${await panel.clips.count()}`);
   await world.service.goRight();
   const picture = (name) => panel.clip(name).locator('[data-picture] img.there');
   for (const [index, fault] of fileFaults.entries()) {
@@ -68,7 +71,7 @@ test('a picture that does not come leaves a sign in its place, and comes with th
     await goWrong('/icons/', fault, 200);
     await panel.search(name);
     const missing = panel.clip(name).getByText(t('results.no_picture'));
-    await panel.until(async () => (await missing.count()) + (await picture(name).count()) > 0, () => `${fault.name}: nothing`, 25_000);
+    await panel.until(async () => (await missing.count()) + (await picture(name).count()) > 0, () => `${fault.name}: nothing`);
     await metSomething(fault.name);
     // The clip can be used without its picture.
     assert.ok(await panel.button('results.play', panel.clip(name)).isEnabled());
@@ -99,7 +102,7 @@ test('a preview that cannot be had says why, and plays when it is tried again', 
     await goWrong(await find(name), fault, 200);
     await play(name);
     const alert = player().getByRole('alert');
-    await panel.until(async () => (await alert.count()) > 0 || (await isPlaying()), () => `${fault.name}: nothing happens`, 25_000);
+    await panel.until(async () => (await alert.count()) > 0 || (await isPlaying()), () => `${fault.name}: nothing happens`);
     const isTold = (await alert.count()) > 0;
     await metSomething(fault.name);
     // What changes all the time may hold still for one opening.

@@ -3,7 +3,6 @@ import assert from 'node:assert/strict';
 import { after, afterEach, before, beforeEach, test } from 'node:test';
 import { hostileTexts, strangers } from './support/hostileTexts.mjs';
 import { account } from './support/Service.mjs';
-import { ServiceSeam } from './support/ServiceSeam.mjs';
 import { t } from './support/texts.mjs';
 import { World } from './support/World.mjs';
 
@@ -13,19 +12,15 @@ const all = hostileTexts.join(' · ');
 let world;
 let seam;
 before(async () => {
-  world = await World.start();
-  seam = await ServiceSeam.open(world.service);
-  await seam.stand(world);
+  world = await World.start({ seam: true });
+  seam = world.seam;
 });
 beforeEach(() => {
   seam.change = null;
   seam.bytes = null;
 });
 afterEach(() => world.closePanels());
-after(async () => {
-  await world?.end();
-  await seam?.end();
-});
+after(() => world?.end());
 
 const fails = (command, code) => {
   seam.change = (_, asked) => (asked === command ? { e: true, s: `${all} ${forged}`, c: code } : null);
@@ -157,7 +152,7 @@ test('an address of a service opens in the browser as a page of the web, or not 
   for (const [index, url] of addresses.entries()) {
     seam.change = (reply, command) => (command === 'purchase_using_cash' ? { ...reply, url } : null);
     const answer = await panel.page.evaluate(async (body) => {
-      const headers = { 'Content-Type': 'application/json' };
+      const headers = { 'Content-Type': 'application/json', 'X-Zq-Panel-Key': localStorage['zq-panel.key'] };
       const sent = await fetch('/api/repositories/T7/purchases', { method: 'POST', headers, body: JSON.stringify(body) });
       return sent.status;
     }, { clips: ['5'], payment: 'page', key: `page-${index}` });

@@ -21,18 +21,17 @@ const init = `
   };`;
 
 let world;
-before(async () => (world = await World.start({ clips })));
+before(async () => (world = await World.start({ clips, seam: true })));
 after(() => world?.end());
 afterEach(async () => {
+  world.seam.release();
   await world.service.goRight();
   await world.closePanels();
 });
 
 test('while no picture comes one searches, places, takes back and fills the basket', async () => {
-  const panel = await (async () => {
-    await world.service.goWrong({ path: '/icons/' }, 'delay', { ms: 15_000 }, 10_000);
-    return world.openPanel();
-  })();
+  world.seam.hold({ path: '/icons/' });
+  const panel = await world.openPanel();
   const pictures = panel.page.locator('[data-picture] img.there');
   await panel.clips.nth(10).waitFor();
   await panel.page.waitForRequest((request) => request.url().endsWith('/thumbnail'));
@@ -51,14 +50,15 @@ test('while no picture comes one searches, places, takes back and fills the bask
   await panel.get('project');
   assert.equal(await pictures.count(), 0, 'all that came before the first picture');
 
-  await pictures.first().waitFor({ timeout: 60_000 });
+  world.seam.release();
+  await pictures.first().waitFor();
 });
 
 test('while a search takes its time the basket takes what one puts into it', async () => {
   const panel = await world.openPanel();
   await panel.search('reel');
   await panel.clip('Reel 02').waitFor();
-  await world.service.goWrong({ command: 'search' }, 'delay', { ms: 6000 }, 1);
+  world.seam.hold({ command: 'search' });
   await panel.words.fill('old'); // nobody has asked for that yet
   const busy = panel.page.locator('[role="grid"][aria-busy="true"]');
   await busy.waitFor();
@@ -68,6 +68,7 @@ test('while a search takes its time the basket takes what one puts into it', asy
     await panel.clip(name).getByText(t('results.in_basket')).waitFor();
   }
   assert.equal(await busy.count(), 1, 'the search still runs');
+  world.seam.release();
   await panel.shows(['Old harbour']);
   const kept = async () => (await panel.get('repositories/T7/basket')).clips.map(({ name }) => name);
   await panel.until(async () => (await kept()).includes('Reel 03'), async () => JSON.stringify(await kept()));
@@ -78,7 +79,7 @@ test('a picture that is slow is asked for again until it is there, and one that 
   await world.service.goWrong({ path: '/icons/' }, 'delay', { ms: 3000 }, 10_000);
   const panel = await world.openPanel();
   await panel.page.evaluate(() =>
-    fetch('/api/settings/clear-cache', { method: 'POST', headers: { 'Content-Type': 'application/json' }, body: '{}' }),
+    fetch('/api/settings/clear-cache', { method: 'POST', headers: { 'Content-Type': 'application/json', 'X-Zq-Panel-Key': localStorage['zq-panel.key'] }, body: '{}' }),
   );
   const asked = [];
   panel.page.on('response', (response) => {
@@ -88,7 +89,7 @@ test('a picture that is slow is asked for again until it is there, and one that 
   });
   await panel.search('reel 41');
   const picture = panel.clip('Reel 41').locator('[data-picture] img.there');
-  await picture.waitFor({ timeout: 60_000 });
+  await picture.waitFor();
   assert.ok(asked.includes(202), `nothing was late: ${asked}`);
   assert.equal(await panel.page.getByText(t('results.no_picture')).count(), 0);
 });
@@ -96,13 +97,14 @@ test('a picture that is slow is asked for again until it is there, and one that 
 test('a seventh page opens beside six that nobody looks at, and those hear what they have missed', async () => {
   const panel = await world.openPanel({ init });
   const pages = [panel.page];
+  const rests = [];
   for (let count = 1; count < 7; count++) {
-    const streamEnds = pages.at(-1).waitForEvent('requestfinished', (request) => request.url().includes('/api/events'))
-      .catch(() => undefined);
-    const failed = pages.at(-1).waitForEvent('requestfailed', (request) => request.url().includes('/api/events'))
-      .catch(() => undefined);
+    const ends = (how) => pages.at(-1).waitForEvent(how, (request) => request.url().includes('/api/events')).catch(() => undefined);
+    rests.push(Promise.race([ends('requestfinished'), ends('requestfailed')]));
     await pages.at(-1).evaluate(() => window.showPage('hidden'));
-    await Promise.race([streamEnds, failed]);
+    if (count === 6) {
+      await Promise.all(rests);
+    }
     const page = await panel.context.newPage();
     await page.goto(world.origin);
     await page.locator('#search-words').waitFor();

@@ -1,22 +1,25 @@
 // What was ordered is known whatever becomes of the page and of the program: nothing is bought twice.
 import assert from 'node:assert/strict';
 import { createServer } from 'node:net';
-import { afterEach, beforeEach, test } from 'node:test';
+import { after, afterEach, before, beforeEach, test } from 'node:test';
 import { program } from './support/places.mjs';
 import { Program } from './support/Program.mjs';
 import { account } from './support/Service.mjs';
 import { t } from './support/texts.mjs';
 import { Panel } from './support/Panel.mjs';
-import { World } from './support/World.mjs';
+import { openBrowser, World } from './support/World.mjs';
 
 const buying = 'purchase_using_credits';
 const owning = 'get_downloads_formatted';
 
+let browser;
 let world;
 let ends;
+before(async () => (browser = await openBrowser()));
+after(() => browser?.close());
 beforeEach(async () => {
   ends = [];
-  world = await World.start();
+  world = await World.start({ browser });
 });
 afterEach(async () => {
   try {
@@ -49,7 +52,7 @@ async function confirm(panel) {
 }
 
 const is = (panel, state) =>
-  panel.purchase.getByText(t(`basket.purchase.${state}`), { exact: true }).waitFor({ timeout: 60_000 });
+  panel.purchase.getByText(t(`basket.purchase.${state}`), { exact: true }).waitFor();
 
 // Every order that reaches the service is counted from here on.
 const countOrders = () => world.service.goWrong({ command: buying }, 'delay', { ms: 1 }, 50);
@@ -65,7 +68,7 @@ async function cannotBuy(panel, name) {
     for (const payment of ['credits', 'page']) {
       const answer = await fetch('/api/repositories/T7/purchases', {
         method: 'POST',
-        headers: { 'Content-Type': 'application/json' },
+        headers: { 'Content-Type': 'application/json', 'X-Zq-Panel-Key': localStorage['zq-panel.key'] },
         body: JSON.stringify({ key: `another ${payment}`, clips: ids, payment }),
       });
       told.push(`${answer.status} ${(await answer.json()).error?.reason}`);
@@ -119,7 +122,7 @@ test('a purchase in doubt is in doubt in the next program too, and is decided th
     program('zq'), ['--login', account.user, 'buy', clips[0], '--credits'], world.environment);
   terminal.write(`${account.password}\n`);
   assert.notEqual(await terminal.finish(), 0);
-  assert.match(terminal.errors, /the panel has ordered one of these clips/);
+  assert.match(terminal.errors, /a purchase with one of these clips is in doubt/);
 
   assert.equal(await world.service.met(buying), 1, 'one order has reached the service');
   await world.service.goRight();
@@ -178,6 +181,24 @@ test('what one program has in doubt, another of the same home does not buy, and 
   assert.deepEqual(other.problems, []);
 });
 
+test('an order of a terminal that is killed before the answer came is in doubt in the panel, which decides it', async () => {
+  const panel = await open();
+  const { clips } = await panel.get('repositories/T7/search?words=Red%20car');
+  await world.service.goWrong({ command: buying }, 'stall', { ms: 60_000 }, 1);
+  await countOrders();
+  const terminal = new Program(
+    program('zq'), ['--login', account.user, 'buy', clips[0].id, '--credits'], world.environment);
+  terminal.write(`${account.password}\n`);
+  await panel.until(async () => (await world.service.met(buying)) === 1);
+  await terminal.kill();
+  await panel.openDrawer('basket');
+  await is(panel, 'doubtful');
+  await signIn(panel);
+  await panel.openDrawer('basket');
+  await is(panel, 'done');
+  assert.equal(await world.service.met(buying), 1, 'it was sent once');
+});
+
 test('an order that has not reached the program is not bought, not even when it arrives later', async () => {
   const panel = await open();
   await signIn(panel);
@@ -198,7 +219,7 @@ test('an order that has not reached the program is not bought, not even when it 
   await panel.button('basket.ask', panel.purchase).click();
   await panel.purchase.getByText(t('basket.never_arrived')).waitFor();
   const late = await panel.page.evaluate(async (body) => {
-    const headers = { 'Content-Type': 'application/json' };
+    const headers = { 'Content-Type': 'application/json', 'X-Zq-Panel-Key': localStorage['zq-panel.key'] };
     return (await fetch('/api/repositories/T7/purchases', { method: 'POST', headers, body })).json();
   }, order);
   assert.equal(late.state, 'refused');

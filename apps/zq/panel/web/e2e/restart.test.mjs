@@ -1,6 +1,7 @@
 // What is there again when the program is started anew, on another port and in a browser that has never seen it: all
 // that a person has chosen and gathered is the program's to remember.
 import assert from 'node:assert/strict';
+import { createServer } from 'node:net';
 import { after, afterEach, before, beforeEach, test } from 'node:test';
 import { readTexts } from '../scripts/mock/texts.mjs';
 import { account } from './support/Service.mjs';
@@ -14,6 +15,15 @@ after(() => world?.end());
 beforeEach(async () => (panel = await world.openPanel()));
 afterEach(() => world.closePanels());
 
+// One that nobody has.
+async function otherPort() {
+  const server = createServer();
+  await new Promise((resolve) => server.listen(0, '127.0.0.1', resolve));
+  const { port } = server.address();
+  await new Promise((resolve) => server.close(resolve));
+  return port;
+}
+
 // Another port, since a web view keeps what it keeps for one port only.
 async function startAgain() {
   const before = world.origin;
@@ -21,8 +31,9 @@ async function startAgain() {
   await world.program.end();
   await world.startProgram();
   if (world.origin === before) {
+    const port = await otherPort(); // while the program has that from before
     await world.program.end();
-    await world.startProgram(['--port', String((Number(new URL(before).port) % 60_000) + 1024)]);
+    await world.startProgram(['--port', String(port)]);
   }
   assert.notEqual(world.origin, before);
   panel = await world.openPanel();
@@ -126,7 +137,7 @@ test('the sequences with their pieces and ranges', async () => {
     for (const [clip, begin, end] of [['2', 0.5, 1.5], ['3', 0, 1]]) {
       await fetch(`/api/sequences/${encodeURIComponent(name)}/pieces`, {
         method: 'POST',
-        headers: { 'Content-Type': 'application/json' },
+        headers: { 'Content-Type': 'application/json', 'X-Zq-Panel-Key': localStorage['zq-panel.key'] },
         body: JSON.stringify({ repository: 'T7', clip, in: begin, out: end }),
       });
     }
@@ -155,7 +166,7 @@ test('the language', async () => {
   await panel.page.getByRole('button', { name: german['results.all'], exact: true }).waitFor();
   assert.equal(await panel.page.evaluate(() => document.documentElement.lang), 'de');
   await panel.page.evaluate(() =>
-    fetch('/api/settings', { method: 'PATCH', headers: { 'Content-Type': 'application/json' }, body: '{"language":"en"}' }),
+    fetch('/api/settings', { method: 'PATCH', headers: { 'Content-Type': 'application/json', 'X-Zq-Panel-Key': localStorage['zq-panel.key'] }, body: '{"language":"en"}' }),
   );
   await panel.button('results.all').waitFor();
 });

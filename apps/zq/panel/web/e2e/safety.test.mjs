@@ -200,6 +200,73 @@ test('another port of this machine gets the panel into a frame with the token al
   }
 });
 
+test('a server of another port that was given the cookie changes nothing with it', async () => {
+  const panel = await world.openPanel();
+  const before = await panel.get('settings');
+  let stolen = '';
+  const thief = createServer((asked, response) => {
+    stolen = asked.headers.cookie ?? stolen;
+    response.end('<!doctype html>');
+  });
+  await new Promise((resolve) => thief.listen(0, '127.0.0.1', resolve));
+  try {
+    const lured = await panel.context.newPage();
+    await lured.goto(`http://127.0.0.1:${thief.address().port}/`);
+    await lured.close();
+  } finally {
+    thief.closeAllConnections();
+    await new Promise((resolve) => thief.close(resolve));
+  }
+  assert.match(stolen, /zq-panel-/, 'browsers send it to every port');
+  // From its own process it asks with whatever headers it likes.
+  const origin = new URL(world.origin);
+  const ask = (method, path, headers, body) =>
+    new Promise((resolve, reject) => {
+      const all = { Host: origin.host, Origin: origin.origin, 'Sec-Fetch-Site': 'same-origin', Cookie: stolen, ...headers };
+      request({ host: '127.0.0.1', port: origin.port, method, path, headers: all, agent: false }, (answer) => {
+        let text = '';
+        answer.on('data', (part) => (text += part)).on('end', () => resolve({ status: answer.statusCode, text }));
+      }).on('error', reject).end(body);
+    });
+  const told = [];
+  for (const path of ['/', '/enter', '/api/state', '/api/settings', '/api/report']) {
+    told.push((await ask('GET', path, {})).text);
+  }
+  const key = await panel.page.evaluate(() => localStorage['zq-panel.key']);
+  assert.match(key, /^[0-9a-f]{64}$/);
+  assert.ok(!told.some((text) => text.includes(key)), 'nothing that the cookie opens tells the key');
+  const json = { 'Content-Type': 'application/json' };
+  for (const headers of [json, { ...json, 'X-Zq-Panel-Key': '' }, { ...json, 'X-Zq-Panel-Key': '0'.repeat(64) }]) {
+    const refused = await ask('PATCH', '/api/settings', headers, '{"thumbnailSize":333}');
+    assert.equal(refused.status, 403);
+  }
+  assert.equal((await panel.get('settings')).thumbnailSize, before.thumbnailSize);
+});
+
+test('the page shows its key after a reload, in a second tab, and after entering again', async () => {
+  const panel = await world.openPanel();
+  const change = async (page) => {
+    await page.locator('#search-words').waitFor();
+    assert.equal(new URL(page.url()).pathname + new URL(page.url()).search, '/', 'the token has left the address');
+    const answered = page.waitForResponse((answer) => answer.request().method() === 'PATCH');
+    await page.getByRole('button', { name: t('results.list'), exact: true }).click();
+    assert.equal((await answered).status(), 200);
+    const back = page.waitForResponse((answer) => answer.request().method() === 'PATCH');
+    await page.getByRole('button', { name: t('results.grid'), exact: true }).click();
+    assert.equal((await back).status(), 200);
+  };
+  await change(panel.page);
+  await panel.page.reload();
+  await change(panel.page);
+  for (const address of [world.address, `${world.origin}/`]) {
+    const second = await panel.context.newPage();
+    await second.goto(address);
+    await change(second);
+    await second.close();
+  }
+  await change(panel.page);
+});
+
 test('a name that leads here but is another is refused, as is an address without the cookie', async () => {
   const port = Number(new URL(world.origin).port);
   const ask = (headers, path = '/api/state') =>

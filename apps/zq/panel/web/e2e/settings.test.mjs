@@ -43,7 +43,7 @@ async function startAgain() {
 async function connectionSays() {
   await panel.button('settings.test', panel.drawer).click();
   const server = panel.drawer.locator('.servers li');
-  await server.waitFor({ timeout: 20_000 });
+  await server.waitFor();
   assert.match(await server.locator('strong').textContent(), /www\.tarn7\.example/);
   const text = await server.locator('.why').textContent();
   assertReadable(text, 'connection');

@@ -4,7 +4,7 @@ import { account } from './Service.mjs';
 import { readTexts } from '../../scripts/mock/texts.mjs';
 import { t } from './texts.mjs';
 
-const wait_ms = 15_000;
+const wait_ms = 60_000; // a guard against waiting for ever, which a busy machine does not come near
 
 export class Panel {
   // What the page itself has to answer for: errors, refusals of its policy, dialogs that nobody asked for.
@@ -143,6 +143,20 @@ export class Panel {
   // What the interface itself says, with the page's own cookie.
   get(path) {
     return this.page.evaluate(async (address) => (await fetch(address)).json(), `/api/${path}`);
+  }
+
+  // Notes from here on what the elements of that selector have on screen, so that a state which passes by itself is not
+  // missed. Gives what asks for the texts, each once and in the order in which they came.
+  async notes(selector) {
+    const texts = await this.page.evaluateHandle((wanted) => {
+      const seen = new Set();
+      const look = () =>
+        document.querySelectorAll(wanted).forEach((element) => element.checkVisibility() && seen.add(element.textContent.trim()));
+      new MutationObserver(look).observe(document, { subtree: true, childList: true, characterData: true, attributes: true });
+      look();
+      return seen;
+    }, selector);
+    return () => texts.evaluate((seen) => [...seen]);
   }
 
   // Waits for something that only asking tells.

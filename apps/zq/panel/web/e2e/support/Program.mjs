@@ -75,7 +75,7 @@ export class Program {
     return this.#ended;
   }
 
-  // Asks it to end; one that does not within ten seconds is killed, which is a failure.
+  // Asks it to end; one that does not within the patience of a test is killed, which is a failure.
   async end() {
     if (this.#child.exitCode !== null || this.#child.signalCode !== null) {
       return;
@@ -85,7 +85,7 @@ export class Program {
     let timer;
     const status = await Promise.race([
       this.#ended,
-      new Promise((resolve) => (timer = setTimeout(() => resolve(late), 10_000))),
+      new Promise((resolve) => (timer = setTimeout(() => resolve(late), patience_ms))),
     ]);
     clearTimeout(timer);
     if (status === late) {

@@ -1,5 +1,6 @@
-// What stands between the program and the service, under the service's own name and certificate, and changes answers.
-import { readFileSync, writeFileSync } from 'node:fs';
+// What stands between the program and the service, under the service's own name and certificate, and changes answers or
+// holds them back.
+import { readFileSync } from 'node:fs';
 import { createServer, request } from 'node:https';
 import { join } from 'node:path';
 
@@ -8,6 +9,9 @@ export class ServiceSeam {
   // makes bytes of a whole answer.
   change = null;
   bytes = null;
+  #holds = null;
+  #release = () => {};
+  #released = Promise.resolve();
 
   static async open(service) {
     const seam = new ServiceSeam();
@@ -18,12 +22,15 @@ export class ServiceSeam {
     return seam;
   }
 
-  // Has the world's program reach the service through this.
-  async stand(world) {
-    const settings = join(world.environment.ZQ_HOME, 'host.toml');
-    writeFileSync(settings, readFileSync(settings, 'utf8').replace(`127.0.0.1:${world.service.port}`, `127.0.0.1:${this.port}`));
-    await world.program.end();
-    await world.startProgram();
+  // No request that is of that path or with that command goes on to the service until release().
+  hold({ path, command }) {
+    this.#holds = (url, form) => (path === undefined ? url.includes('page=api') && commandsOf(form).includes(command) : url.includes(path));
+    this.#released = new Promise((resolve) => (this.#release = resolve));
+  }
+
+  release() {
+    this.#holds = null;
+    this.#release();
   }
 
   async #pass(port, from, to) {
@@ -32,7 +39,10 @@ export class ServiceSeam {
       parts.push(part);
     }
     const body = Buffer.concat(parts);
-    const options = { host: '127.0.0.1', port, method: from.method, path: from.url, headers: from.headers, rejectUnauthorized: false };
+    if (this.#holds?.(from.url, body.toString())) {
+      await this.#released;
+    }
+    const options = { host: '127.0.0.1', port, method: from.method, path: from.url, headers: from.headers, rejectUnauthorized: false, agent: false };
     const asked = request(options, (answer) => {
       if (!from.url.includes('page=api') || this.change === null) {
         to.writeHead(answer.statusCode, answer.headers);
@@ -48,18 +58,25 @@ export class ServiceSeam {
       });
     });
     asked.on('error', () => to.destroy());
+    to.on('close', () => asked.destroy());
     asked.end(body);
   }
 
   #changed(form, answer) {
-    const envelope = JSON.parse(form.slice('api='.length, form.lastIndexOf('}') + 1));
-    const commands = JSON.parse(envelope.commands_json);
-    answer.commands = answer.commands?.map((reply, index) => this.change(reply, commands[index].command) ?? reply);
+    const commands = commandsOf(form);
+    answer.commands = answer.commands?.map((reply, index) => this.change(reply, commands[index]) ?? reply);
     return JSON.stringify(answer);
   }
 
   end() {
+    this.release();
     this.server.closeAllConnections();
     return new Promise((resolve) => this.server.close(resolve));
   }
+}
+
+// The names of the commands of a request.
+function commandsOf(form) {
+  const envelope = JSON.parse(form.slice('api='.length, form.lastIndexOf('}') + 1));
+  return JSON.parse(envelope.commands_json).map(({ command }) => command);
 }

@@ -8,14 +8,24 @@ import { browserFile, program } from './places.mjs';
 import { Program } from './Program.mjs';
 import { Relay } from './Relay.mjs';
 import { Service } from './Service.mjs';
+import { ServiceSeam } from './ServiceSeam.mjs';
+
+// One that several worlds of a file may share: its pages have nothing in common.
+export const openBrowser = () => chromium.launch({ executablePath: browserFile });
 
 export class World {
   #panels = [];
+  #ownBrowser;
 
+  // `relay`, `seam`: what stands between the program and the service. `browser`: one that outlives the world; without it
+  // the world has its own.
   static async start(options = {}) {
     const world = new World();
     world.folder = mkdtempSync(join(tmpdir(), 'zq-panel-'));
     try {
+      // It comes up while the programs do.
+      world.#ownBrowser = options.browser === undefined ? openBrowser() : undefined;
+      world.#ownBrowser?.catch(() => {}); // told where it is waited for
       world.environment = {
         PATH: process.env.PATH,
         HOME: world.folder,
@@ -36,9 +46,12 @@ export class World {
       if (options.relay) {
         world.relay = await Relay.start(world.service.port);
       }
+      if (options.seam) {
+        world.seam = await ServiceSeam.open(world.service);
+      }
       world.configure(options);
       await world.startProgram();
-      world.browser = await chromium.launch({ executablePath: browserFile });
+      world.browser = options.browser ?? (await world.#ownBrowser);
     } catch (error) {
       await world.end();
       throw error;
@@ -56,7 +69,7 @@ export class World {
     const network =
       this.service === undefined
         ? ''
-        : `[network]\nconnect = { "www.tarn7.example:443" = "127.0.0.1:${(this.relay ?? this.service).port}" }\n` +
+        : `[network]\nconnect = { "www.tarn7.example:443" = "127.0.0.1:${(this.relay ?? this.seam ?? this.service).port}" }\n` +
           `ca_file = ${JSON.stringify(this.service.ca)}\n`;
     writeFileSync(
       join(this.environment.ZQ_HOME, 'host.toml'),
@@ -97,9 +110,11 @@ export class World {
 
   async end() {
     try {
-      await this.browser?.close();
+      const browser = await this.#ownBrowser?.catch(() => undefined);
+      await browser?.close();
       await this.program?.end();
       await this.relay?.end();
+      await this.seam?.end();
       await this.service?.end();
     } finally {
       rmSync(this.folder, { recursive: true, force: true });
