@@ -36,6 +36,7 @@ constexpr ReasonRow table[] = {
     {Reason::allFetched, "all_fetched"},
     {Reason::noPicture, "no_picture"},
     {Reason::noPreview, "no_preview"},
+    {Reason::noMedia, "no_media"},
     {Reason::tooManyPreviews, "too_many_previews"},
     {Reason::unknownLink, "unknown_link"},
     {Reason::noBrowser, "no_browser"},
@@ -64,6 +65,7 @@ Reason reasonOf(ServiceWatch const& watch) {
     case ServiceWatch::Fate::refused:
         return Reason::serviceRefused;
     case ServiceWatch::Fate::lost:
+    case ServiceWatch::Fate::ended:
     case ServiceWatch::Fate::answered:
         break;
     }

@@ -45,6 +45,7 @@ enum class Reason {
 
     noPicture,
     noPreview,
+    noMedia, // not on this machine
     tooManyPreviews,
 
     unknownLink,

@@ -10,6 +10,7 @@
 #include "apps/zq/panel/EditClip.h"
 #include "apps/zq/panel/Panel.h"
 #include "apps/zq/panel/Pictures.h"
+#include "apps/zq/panel/PreviewTroubles.h"
 #include "apps/zq/panel/Previews.h"
 #include "apps/zq/panel/Purchases.h"
 #include "apps/zq/panel/RequestValues.h"
@@ -156,12 +157,41 @@ Response showThumbnail(Panel const& panel, std::shared_ptr<Pictures> const& pict
     return response;
 }
 
-Response showPreview(Panel const& panel, std::shared_ptr<Previews> const& previews, Request const& request) {
-    Previews::Preview preview = previews->open(clipOf(panel, request).asset.proxyLocation);
+Response filmAnswer(Previews::Preview film) {
     Response response;
-    response.type = std::move(preview.type);
-    response.content = std::move(preview.content);
+    response.type = std::move(film.type);
+    response.content = std::move(film.content);
     return response;
+}
+
+Response showPreview(Panel const& panel, std::shared_ptr<Previews> const& previews,
+                     std::shared_ptr<PreviewTroubles> const& troubles, Request const& request) {
+    auto const tell = [&panel, troubles, repository = request.captures.at(0),
+                       clip = request.captures.at(1)](Reason reason, std::string const& text) {
+        if (!troubles->isNews(repository, clip, reason)) {
+            return;
+        }
+        JSON::Builder json;
+        json.startChild(nullptr);
+        addText(json, "repository", repository);
+        addText(json, "clip", clip);
+        addText(json, "reason", wordOf(reason));
+        addText(json, "text", text);
+        json.endChild();
+        panel.events.send("preview", utf8(json.getOutput()));
+    };
+    return filmAnswer(previews->open(clipOf(panel, request).asset.proxyLocation, tell));
+}
+
+// Which file that is the project alone knows: no address leads to any other.
+Response showMedia(Panel const& panel, std::shared_ptr<Previews> const& films, Request const& request) {
+    std::string const& repository = panel.desk(request.captures.at(0)).shortName();
+    std::optional<engine::EditRecord> const edit =
+        editOfClip(panel.engine.project(), repository, request.captures.at(1));
+    if (!edit || edit->mediaLocation.isEmpty()) {
+        throw ApiError(ErrorCode::notFound, "the clip's full media is not on this machine", Reason::noMedia);
+    }
+    return filmAnswer(films->open(edit->mediaLocation));
 }
 
 } // namespace
@@ -169,6 +199,7 @@ Response showPreview(Panel const& panel, std::shared_ptr<Previews> const& previe
 void addClipRoutes(Routes& routes, Panel const& panel) {
     std::shared_ptr<Pictures> const pictures = makePictures(panel);
     auto const previews = std::make_shared<Previews>();
+    auto const troubles = std::make_shared<PreviewTroubles>();
     routes.push_back(
         {"GET", "/api/repositories/{repository}/search",
          [&panel, pictures](Request const& request) { return search(panel, pictures, request); }});
@@ -183,9 +214,13 @@ void addClipRoutes(Routes& routes, Panel const& panel) {
     routes.push_back(
         {"GET", "/api/repositories/{repository}/clips/{clip}/thumbnail",
          [&panel, pictures](Request const& request) { return showThumbnail(panel, pictures, request); }});
+    routes.push_back({"GET", "/api/repositories/{repository}/clips/{clip}/preview",
+                      [&panel, previews, troubles](Request const& request) {
+                          return showPreview(panel, previews, troubles, request);
+                      }});
     routes.push_back(
-        {"GET", "/api/repositories/{repository}/clips/{clip}/preview",
-         [&panel, previews](Request const& request) { return showPreview(panel, previews, request); }});
+        {"GET", "/api/repositories/{repository}/clips/{clip}/media",
+         [&panel, previews](Request const& request) { return showMedia(panel, previews, request); }});
 }
 
 } // namespace zq::panel

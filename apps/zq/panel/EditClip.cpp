@@ -4,16 +4,20 @@
 
 namespace zq::panel {
 
+std::optional<engine::EditRecord> editOfClip(engine::Project& project, std::string const& repository,
+                                             std::string const& id) {
+    Cookie const cookie = project.findObject(wide(repository), wide(id));
+    return cookie.isNull() ? std::nullopt : project.edit(cookie);
+}
+
 std::optional<RemoteAsset> clipOfEdit(engine::Project& project, std::string const& repository,
                                       std::string const& id) {
-    WideString const wideId = wide(id);
-    Cookie const cookie = project.findObject(wide(repository), wideId);
-    std::optional<engine::EditRecord> const edit = cookie.isNull() ? std::nullopt : project.edit(cookie);
+    std::optional<engine::EditRecord> const edit = editOfClip(project, repository, id);
     if (!edit) {
         return std::nullopt;
     }
     RemoteAsset asset;
-    asset.id = wideId;
+    asset.id = wide(id);
     asset.cookie = edit->cookie;
     asset.logAttributes = edit->logAttributes;
     asset.proxyLocation = edit->previewLocation;

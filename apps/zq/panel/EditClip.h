@@ -9,6 +9,10 @@
 
 namespace zq::panel {
 
+// The project's edit of the repository's clip; nothing where it has none. Thread: any.
+[[nodiscard]] std::optional<engine::EditRecord>
+editOfClip(engine::Project& project, std::string const& repository, std::string const& id);
+
 // The clip as its edit keeps it: name and texts, rate, channels and the place of its preview. Nothing where
 // the project has no edit of that clip. Asks nobody. Thread: any.
 [[nodiscard]] std::optional<RemoteAsset> clipOfEdit(engine::Project& project, std::string const& repository,

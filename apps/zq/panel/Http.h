@@ -30,6 +30,9 @@ public:
     [[nodiscard]] virtual std::uint64_t size() const = 0;
     // Reads up to so many bytes from there; 0 at the end and on a failure, which ends the connection.
     [[nodiscard]] virtual std::size_t read(std::uint64_t offset, std::span<char> bytes) = 0;
+    // After a read of 0: the bytes may come yet. The transport looks whether the page is still there, and
+    // reads again.
+    [[nodiscard]] virtual bool isLate() const { return false; }
 };
 
 // Text that the transport sends as it comes, until there is no more or the page has gone.

@@ -78,6 +78,9 @@ void sendContent(httplib::Request const& request, Response const& response, http
                                                                 httplib::DataSink& sink) {
             std::size_t const got =
                 content->read(first + offset, std::span(*block).first(std::min(length, block->size())));
+            if (got == 0 && content->isLate()) {
+                return http::LoopbackServer::isClientThere();
+            }
             return got > 0 && sink.write(block->data(), got);
         });
 }

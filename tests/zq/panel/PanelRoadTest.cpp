@@ -152,6 +152,41 @@ TEST_F(PanelRoad, APreviewThatWasPlayedPlaysWithTheServiceGone) {
     EXPECT_TRUE(road_tests::same(read(*again.content, 0, again.content->size()), whole));
 }
 
+TEST_F(PanelRoad, APreviewWhoseServiceFailsInPassingIsLateSaysWhyAndGoesOn) {
+    addFootage(test::Footage::large, "sea.mp4");
+    std::string const id = find("sea");
+    ASSERT_NE(id, "");
+    tarn7d::FaultRule cut = rule(tarn7d::FaultKind::cut, std::int64_t{40} << 10);
+    cut.path = "/";
+    cut.count = 10'000;
+    (void)desk().add(cut);
+    Response const preview = panel().call("GET", "/clips/{clip}/preview", {id});
+    desk().clear();
+    tarn7d::FaultRule gone = statusRule(503);
+    gone.path = "/";
+    gone.count = 10'000;
+    (void)desk().add(gone);
+    Content& content = *preview.content;
+    ASSERT_GT(content.size(), std::uint64_t{120'000}) << "what is read below comes with neither end";
+    EXPECT_EQ(read(content, 0, 100).size(), 100U);
+    std::uint64_t const middle = std::uint64_t{48} << 10;
+    EXPECT_EQ(read(content, middle, 1), "");
+    EXPECT_TRUE(content.isLate());
+    EXPECT_THAT(panel().events(), HasSubstr(R"("clip":")" + id + R"(","reason":"service_failed")"));
+    EXPECT_EQ(panel().countEvents("preview"), 1U) << "each try that fails is no news";
+    desk().clear();
+    std::string came;
+    while (came.empty()) {
+        came = read(content, middle, 1'000);
+        ASSERT_TRUE(!came.empty() || content.isLate());
+    }
+    EXPECT_FALSE(content.isLate());
+    EXPECT_EQ(panel().countEvents("preview"), 2U);
+    EXPECT_THAT(panel().events(), HasSubstr(R"("clip":")" + id + R"(","reason":"")"));
+    std::string const whole = RoadHost::readThroughHost(panel().desk().knownClip(id).value().previewPath);
+    EXPECT_TRUE(road_tests::same(came, whole.substr(middle, 1'000)));
+}
+
 TEST_F(PanelRoad, APreviewAndAPictureThatTheServiceDoesNotGiveAreFailures) {
     std::string const id = find("car");
     tarn7d::FaultRule gone = statusRule(500);

@@ -71,16 +71,21 @@ private:
     std::set<std::string> paths_;
 };
 
-// The names that stand as code in the section of that title, without those of routes, places and samples.
-Names namesIn(std::string const& title) {
+std::string sectionOf(std::string const& title) {
     std::ifstream stream(ZQ_PANEL_DOCUMENT, std::ios::binary);
     std::ostringstream all;
     all << stream.rdbuf();
     std::string const document = all.str();
     std::size_t const begin = document.find("\n### " + title + "\n");
     EXPECT_NE(begin, std::string::npos) << title;
-    std::string const section = document.substr(begin + 5, document.find("\n##", begin + 5) - begin - 5);
-    std::regex const code("`([A-Za-z_]+)`");
+    return document.substr(begin + 5, document.find("\n##", begin + 5) - begin - 5);
+}
+
+// The names that stand as code in the section of that title, without those of routes, places and samples; or
+// what else the pattern finds there.
+Names namesIn(std::string const& title, std::string const& pattern = "`([A-Za-z_]+)`") {
+    std::string const section = sectionOf(title);
+    std::regex const code(pattern);
     Names names;
     for (std::sregex_iterator found(section.begin(), section.end(), code), end; found != end; ++found) {
         names.insert((*found)[1]);
@@ -123,7 +128,8 @@ protected:
     PanelValues() {
         repository_->signedInUser = L"ada";
         repository_->description.connection.server = L"127.0.0.1:1";
-        repository_->description.legalNotice = L"mine";
+        repository_->description.legalNotice =
+            L"mine <a href=\"https://a.example/\">there</a> <small>for now</small>";
         repository_->form = L"{\"\":[{\"name\":\"user\",\"type\":\"text\"},"
                             L"{\"name\":\"l\",\"type\":\"label\",\"legend\":\"Hello\"}]}";
         repository_->makeOptions = [](ShelfRepository&) {
@@ -191,6 +197,16 @@ TEST_F(PanelValues, OfRepositoriesHaveTheMembersOfTheDocument) {
     hold({"Option", {get(of + "/options")}, "groups", {}, {"choice", "boolean"}});
     hold({"Page of clips", {get(of + "/search")}, "", {"clips"}, {"asker"}});
     hold({"Clip", {get(of + "/clips/{clip}")}, "", {"attributes"}, {}});
+}
+
+TEST_F(PanelValues, OfRichTextHaveTheMembersOfTheDocument) {
+    Names members;
+    for (std::string const& path : Members(get("/repositories/{repository}")).paths()) {
+        if (path.starts_with("legalNotice.")) {
+            members.insert(path.substr(path.rfind('.') + 1));
+        }
+    }
+    EXPECT_EQ(namesIn("Rich text", "\"([a-z]+)\":"), members);
 }
 
 TEST_F(PanelValues, OfBuyingHaveTheMembersOfTheDocument) {

@@ -193,6 +193,32 @@ TEST_F(PanelProject, SaysWhichFilesAreThere) {
     EXPECT_EQ(text(item(cut(), "pieces", 0), "state"), "missing");
 }
 
+TEST_F(PanelProject, GivesTheBytesOfFullMediaByTheIdOfItsClip) {
+    auto const refused = [this](std::string const& clip) {
+        return panel_.failureOf("GET", "/repositories/{repository}/clips/{clip}/media", {"SH", clip});
+    };
+    EXPECT_EQ(refused("1"), "not_found") << "it plays its preview still";
+    fs::path const film = home_.path() / "film.mov";
+    test::putFootage(test::Footage::plain, film);
+    engine::Project& project = home_.engine().project();
+    ASSERT_TRUE(project.relink(project.findObject(L"SH", L"1"), zq::wide(film.string())));
+    auto const media = panel_.call("GET", "/repositories/{repository}/clips/{clip}/media", {"SH", "1"});
+    EXPECT_EQ(media.type, "video/mp4");
+    EXPECT_EQ(media.fresh_s, 0U);
+    std::string bytes(static_cast<std::size_t>(fs::file_size(film)), '\0');
+    ASSERT_EQ(media.content->size(), bytes.size());
+    std::ifstream(film, std::ios::binary).read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    std::string got(100, '\0');
+    EXPECT_EQ(media.content->read(1'000, got), got.size());
+    EXPECT_EQ(got, bytes.substr(1'000, 100));
+    for (std::string const& clip :
+         {film.string(), std::string("../film.mov"), std::string("2"), std::string()}) {
+        EXPECT_EQ(refused(clip), "not_found") << clip;
+    }
+    fs::remove(film);
+    EXPECT_EQ(refused("1"), "not_found");
+}
+
 TEST_F(PanelProject, ReportsWhatASequenceCosts) {
     for (std::string const clip : {"1", "2", "1", "3"}) {
         static_cast<void>(place(clip));

@@ -283,6 +283,12 @@ TEST_F(RequestsTest, ContentComesWholeAndByRanges) {
     }
 }
 
+TEST_F(RequestsTest, ContentThatIsLateIsWaitedFor) {
+    Answer const answer = get("/api/late");
+    EXPECT_EQ(answer.status, 200);
+    EXPECT_EQ(answer.body, "later");
+}
+
 TEST_F(RequestsTest, ARangeBehindTheEndIsRefusedAndOddOnesAreTheWhole) {
     Answer const behind = get("/api/bytes", "Range: bytes=100000-\r\n");
     EXPECT_EQ(behind.status, 416);

@@ -48,6 +48,7 @@ function listen(onReset: (stream: EventStream) => void = () => undefined) {
       log: note('log'),
       basket: note('basket'),
       purchase: note('purchase'),
+      preview: note('preview'),
       settings: note('settings'),
     },
     (connection) => connections.push(connection),

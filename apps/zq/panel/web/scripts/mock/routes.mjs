@@ -73,6 +73,13 @@ export function makeRoutes({ repositories, desk, settings, events, previews }) {
     }),
     route('GET', '/api/repositories/{r}/clips/{c}/preview', ({ r, c, request, response }) =>
       preview(request, response, repositoryOf(r).find(c))),
+    route('GET', '/api/repositories/{r}/clips/{c}/media', ({ r, c, request, response }) => {
+      const clip = repositoryOf(r).find(c);
+      if (clip.state !== 'full') {
+        throw new ApiError('not_found', 404, "The clip's full media is not on this machine.");
+      }
+      preview(request, response, clip);
+    }),
     route('GET', '/api/repositories/{r}/basket', ({ r }) => repositoryOf(r).tellBasket(pieces())),
     route('PUT', '/api/repositories/{r}/basket', ({ r, body }) => {
       repositoryOf(r).setBasket(body.clips ?? []);

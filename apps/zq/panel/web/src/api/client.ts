@@ -61,6 +61,7 @@ export const getClip = (repository: string, clip: string, signal?: Signal) =>
   request<Clip>(of(repository, 'clips', clip), { signal });
 export const thumbnailAddress = (repository: string, clip: string) => of(repository, 'clips', clip, 'thumbnail');
 export const previewAddress = (repository: string, clip: string) => of(repository, 'clips', clip, 'preview');
+export const mediaAddress = (repository: string, clip: string) => of(repository, 'clips', clip, 'media');
 
 // Basket, purchases, fetches
 

@@ -21,6 +21,7 @@ const names: EventName[] = [
   'log',
   'basket',
   'purchase',
+  'preview',
   'settings',
 ];
 

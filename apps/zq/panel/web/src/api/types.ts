@@ -376,6 +376,14 @@ export interface Texts {
   texts: Record<string, string>;
 }
 
+// Why the bytes of a preview that is being read do not come; an empty reason: they come again.
+export interface PreviewNews {
+  repository: string;
+  clip: string;
+  reason: string;
+  text: string;
+}
+
 export interface EventData {
   reset: null;
   repository: Repository;
@@ -385,6 +393,7 @@ export interface EventData {
   log: { task: number; lines: TaskLogLine[] };
   basket: { repository: string };
   purchase: { repository: string; purchase: Purchase };
+  preview: PreviewNews;
   settings: Settings;
 }
 

@@ -55,6 +55,7 @@ const reasons: Record<string, boolean> = {
   all_fetched: false,
   no_picture: false,
   no_preview: false,
+  no_media: false,
   too_many_previews: false,
   unknown_link: false,
   no_browser: false,

@@ -9,6 +9,7 @@ import { purchaseSaid, taskEndSaid, taskSaid } from '../lib/wording.ts';
 import { basket } from './basket.svelte.ts';
 import { layout } from './layout.svelte.ts';
 import { notices, type Notice } from './notices.svelte.ts';
+import { previewTroubles } from './previewTroubles.svelte.ts';
 import { project } from './project.svelte.ts';
 import { purchases } from './purchases.svelte.ts';
 import { repositories } from './repositories.svelte.ts';
@@ -60,6 +61,7 @@ class App {
         }
       },
       purchase: ({ repository, purchase }) => this.#onPurchase(repository, purchase),
+      preview: (news) => previewTroubles.take(news),
       settings: (next) => {
         settings.set(next);
         void this.#followLanguage(next.language);
@@ -138,6 +140,7 @@ class App {
       repositories.set(state.repositories);
       tasks.set(state.tasks);
       tasks.forgetLogs();
+      previewTroubles.forget();
       project.set(state.project);
       this.phase = 'ready';
       this.#stream.release(state.event);

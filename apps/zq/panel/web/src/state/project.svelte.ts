@@ -11,6 +11,17 @@ import { notices } from './notices.svelte.ts';
 
 const none: Project = { revision: 0, writable: false, undo: '', redo: '', undoStep: null, redoStep: null, sequences: [] };
 
+// A clip whose placing the program has not answered yet: it asks each repository for one thing at a time.
+export interface Placing {
+  key: string; // the same for the same piece at the same place
+  repository: string;
+  clip: string;
+  name: string;
+  isLate: boolean;
+}
+
+const late_ms = 300; // until it is told
+
 const stepText = (step: Step | null): string => (step === null ? '' : say(stepSaid(step)));
 
 class ProjectState {
@@ -18,6 +29,7 @@ class ProjectState {
   sequence = $state.raw<Sequence | null>(null);
   // Of the sequence that is worked on; it need not exist yet.
   name = $state('');
+  placing = $state.raw<readonly Placing[]>([]);
   #asked = 0;
 
   // What would be taken back, and done again; empty where there is nothing.
@@ -55,10 +67,24 @@ class ProjectState {
     }
   }
 
-  // Places the clip, or what lies between the times, at the end or before the piece at that index.
+  // Places the clip, or what lies between the times, at the end or before the piece at that index. What is asked for
+  // again before it is there is placed once.
   async place(piece: api.NewPiece, clipName: string): Promise<void> {
-    if (await this.#change(() => api.placePiece(this.name, piece))) {
-      notices.add('good', t('sequence.placed', { clip: clipName, sequence: this.name }));
+    const sequence = this.name;
+    const key = JSON.stringify([sequence, piece.repository, piece.clip, piece.in, piece.out, piece.at]);
+    if (this.placing.some((other) => other.key === key)) {
+      notices.say(t('sequence.placing', { clip: clipName }));
+      return;
+    }
+    this.placing = [...this.placing, { key, repository: piece.repository, clip: piece.clip, name: clipName, isLate: false }];
+    const timer = setTimeout(() => {
+      this.placing = this.placing.map((other) => (other.key === key ? { ...other, isLate: true } : other));
+    }, late_ms);
+    const isPlaced = await this.#change(() => api.placePiece(sequence, piece));
+    clearTimeout(timer);
+    this.placing = this.placing.filter((other) => other.key !== key);
+    if (isPlaced) {
+      notices.add('good', t('sequence.placed', { clip: clipName, sequence }));
     }
   }
 
@@ -88,9 +114,13 @@ class ProjectState {
 
   // An answer is newer than whatever was asked for before it.
   async #change(work: () => Promise<Sequence>): Promise<boolean> {
+    const { name } = this;
     const sequence = await attempt(work);
     if (sequence === undefined) {
       return false;
+    }
+    if (name !== this.name) {
+      return true; // it is of the sequence that was worked on before
     }
     this.#asked++;
     this.sequence = sequence;

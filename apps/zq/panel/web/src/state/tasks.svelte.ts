@@ -1,12 +1,17 @@
 // The tasks in their order, and the lines of their import logs that have come so far.
 import type { Task, TaskLogLine } from '../api/types.ts';
 
+const isRunning = (task: Task): boolean => ['waiting', 'running', 'cancelling'].includes(task.state);
+
 class TasksState {
   list = $state.raw<Task[]>([]);
   logs = $state.raw<Record<number, TaskLogLine[]>>({});
-  running = $derived(
-    this.list.filter((task) => ['waiting', 'running', 'cancelling'].includes(task.state)).length,
-  );
+  running = $derived(this.list.filter(isRunning).length);
+
+  // How many downloads of that repository run.
+  fetchesOf(repository: string): number {
+    return this.list.filter((task) => task.kind === 'fetch' && task.repository === repository && isRunning(task)).length;
+  }
 
   set(list: Task[]): void {
     this.list = list;

@@ -1,4 +1,5 @@
 // One of the video elements by which a sequence is played: the film that it has, and the frame of it that is wanted.
+import { lacksPicture } from '../../lib/films.ts';
 
 export class Film {
   address = '';
@@ -14,7 +15,7 @@ export class Film {
     changed: () => void,
   ) {
     this.#listeners = [
-      ['loadedmetadata', () => ((this.hasOpened = true), this.#goOn())],
+      ['loadedmetadata', () => this.#opened(changed)],
       ['seeked', () => (this.#goOn(), changed())],
       ['loadeddata', changed],
       ['canplay', changed],
@@ -88,6 +89,16 @@ export class Film {
   dispose(): void {
     this.#listeners.forEach(([name, listener]) => this.video.removeEventListener(name, listener));
     this.clear();
+  }
+
+  #opened(changed: () => void): void {
+    this.hasOpened = true;
+    if (lacksPicture(this.address, this.video)) {
+      this.hasFailed = true;
+      changed();
+    } else {
+      this.#goOn();
+    }
   }
 
   #goOn(): void {

@@ -1,15 +1,17 @@
 // The clip in the player: where it stands, how fast it runs and in which direction, and what went wrong.
 import { untrack } from 'svelte';
+import { lacksPicture } from '../../lib/films.ts';
 import { middleOf, frameAt } from '../../lib/timecode.ts';
+import { films } from '../../state/films.svelte.ts';
 import { previewFailure } from './previewFailure.ts';
 import type { Transport } from './Transport.ts';
 
 const unknownRate = 25; // frames a second to step by where the rate is not known
 const dwell_ms = 150; // a clip that is only passed on the way to another one is not loaded
 
-// What is to happen once the film of that address is open.
+// What is to happen once a film of that clip is open.
 interface Wish {
-  address: string;
+  film: string; // which clip that is of, whatever the quality
   at: number | null; // null: where it stands
   plays: boolean;
   stopAt: number | null; // null: the end
@@ -27,7 +29,7 @@ class Playback implements Transport {
 
   #video: HTMLVideoElement | null = null;
   #address = '';
-  #film = ''; // which clip that is of, whatever the quality
+  #film = '';
   #left: { video: HTMLVideoElement; plays: boolean } | null = null; // how the last film was left
   #pending: number | null = null; // where the next seek goes once the one that runs has ended
   #stopAt: number | null = null;
@@ -65,10 +67,10 @@ class Playback implements Transport {
     listeners.forEach(([name, listener]) => video.addEventListener(name, listener));
     // The player comes and goes with the room that there is; the film stays where it stood.
     const stood = untrack(() => this.time);
-    if (film === this.#film && (this.#wish === null || this.#wish.address !== address) && stood > 0) {
-      this.#wish = { address, at: stood, plays: this.#left?.video === video && this.#left.plays, stopAt: null };
+    if (film === this.#film && this.#wish === null && stood > 0) {
+      this.#wish = { film, at: stood, plays: this.#left?.video === video && this.#left.plays, stopAt: null };
     }
-    const wait_ms = this.#wish?.address === address ? 0 : dwell_ms;
+    const wait_ms = this.#wish?.film === film ? 0 : dwell_ms;
     const timer = setTimeout(() => (video.src = address), wait_ms);
     untrack(() => {
       this.#forget();
@@ -90,19 +92,20 @@ class Playback implements Transport {
     };
   }
 
-  // Does what is wished as soon as the film of that address is there.
+  // Does what is wished as soon as a film of that clip is there.
   begin(wish: Wish): void {
     this.#wish = wish;
-    if (wish.address === this.#address && this.isOpen) {
+    if (wish.film === this.#film && this.isOpen) {
       this.#grant();
     }
   }
 
   // The same film anew, at the place where it stood.
   reload(): void {
-    this.#wish = { address: this.#address, at: this.time, plays: false, stopAt: null };
+    this.#wish = { film: this.#film, at: this.time, plays: false, stopAt: null };
     this.stop();
     this.failure = null;
+    films.forget();
     if (this.#video !== null) {
       this.#forget();
       this.isWaiting = true;
@@ -198,8 +201,12 @@ class Playback implements Transport {
   }
 
   #opened(): void {
+    if (this.#video !== null && lacksPicture(this.#address, this.#video)) {
+      void this.#failed();
+      return;
+    }
     this.#setDuration();
-    if (this.#wish?.address === this.#address) {
+    if (this.#wish?.film === this.#film) {
       this.#grant();
     }
   }
@@ -261,6 +268,9 @@ class Playback implements Transport {
     const address = this.#address;
     this.speed = 0;
     this.isWaiting = false;
+    if (films.giveUp(address)) {
+      return; // the preview is attached in its place
+    }
     const text = await previewFailure(address, this.isOpen);
     if (address === this.#address) {
       this.failure = { address, text };

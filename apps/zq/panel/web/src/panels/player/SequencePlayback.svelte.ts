@@ -1,12 +1,12 @@
 // The sequence in the player: its pieces one after the other, each between its in and out points. While one plays, the
-// next is opened, so that a cut costs no wait. A piece whose preview cannot be played takes its time with a sign in its
+// next is opened, so that a cut costs no wait. A piece whose film cannot be played takes its time with a sign in its
 // place.
 import { untrack } from 'svelte';
 import type { Piece } from '../../api/types.ts';
 import { clipTimeAt, indexAt, nextCut, previousCut, sequenceTimeAt, spansOf } from '../../lib/sequenceTime.ts';
 import { frameAt, framesPerSecond, middleOf } from '../../lib/timecode.ts';
+import { films } from '../../state/films.svelte.ts';
 import { player } from '../../state/player.svelte.ts';
-import { previewOf } from '../../state/previews.svelte.ts';
 import { project } from '../../state/project.svelte.ts';
 import { clipOfPiece } from './clipOfPiece.ts';
 import type { Film } from './Film.ts';
@@ -18,12 +18,12 @@ import type { Transport } from './Transport.ts';
 const unknownRate = 25;
 const drawing_s = 1 / 60; // between two pictures that the screen draws
 
-const addressOf = (piece: Piece): string => previewOf(piece.repository, piece.clip);
+const addressOf = (piece: Piece): string => films.of(piece.repository, piece.clip, piece.state);
 
 class SequencePlayback implements Transport {
   time = $state(0);
   speed = $state(0);
-  failures = $state.raw<Record<string, string>>({}); // why a preview is not played, by its address
+  failures = $state.raw<Record<string, string>>({}); // why a film is not played, by its address
   readonly films = new FilmPair((film) => void this.#failed(film));
 
   pieces = $derived(project.sequence?.pieces ?? []);
@@ -44,8 +44,12 @@ class SequencePlayback implements Transport {
   get clipTime(): number {
     return this.#stands.clipTime;
   }
+  // Of what is on screen; empty where there is nothing.
+  get address(): string {
+    return this.piece === null ? '' : addressOf(this.piece);
+  }
   get failure(): string | null {
-    return this.piece === null ? null : (this.failures[addressOf(this.piece)] ?? null);
+    return this.failures[this.address] ?? null;
   }
   get muted(): boolean {
     return playback.muted;
@@ -162,7 +166,7 @@ class SequencePlayback implements Transport {
     this.films.setMuted(muted);
   }
 
-  // The preview of the piece on screen may be read from elsewhere now.
+  // The film of the piece on screen may be another one now.
   readdress(): void {
     const { piece } = this;
     const { seen } = this.films;
@@ -174,6 +178,7 @@ class SequencePlayback implements Transport {
   // What could not be played is asked for anew.
   retry(): void {
     this.failures = {};
+    films.forget();
     this.films.forgetFailed();
     this.#show();
   }
@@ -202,6 +207,10 @@ class SequencePlayback implements Transport {
 
   async #failed(film: Film): Promise<void> {
     const { address, hasOpened } = film;
+    if (films.giveUp(address)) {
+      this.readdress();
+      return;
+    }
     this.failures = { ...this.failures, [address]: await previewFailure(address, hasOpened) };
   }
 

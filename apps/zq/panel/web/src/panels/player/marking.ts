@@ -5,7 +5,6 @@ import { markedIn, markedOut, noMarks, spanOf, type Marks } from '../../lib/mark
 import { timecode } from '../../lib/timecode.ts';
 import { notices } from '../../state/notices.svelte.ts';
 import { player } from '../../state/player.svelte.ts';
-import { previewOf } from '../../state/previews.svelte.ts';
 import { project } from '../../state/project.svelte.ts';
 import { selection } from '../strip/selection.svelte.ts';
 import { playback } from './Playback.svelte.ts';
@@ -53,7 +52,7 @@ export function playRange(): void {
   const { source } = player;
   if (source !== null) {
     playback.begin({
-      address: previewOf(source.repository, source.clip.id),
+      film: `${source.repository} ${source.clip.id}`,
       at: span().begin + 0.5 / playback.perSecond,
       plays: true,
       stopAt: isMarked() ? span().end : null,

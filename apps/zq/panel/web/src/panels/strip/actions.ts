@@ -1,8 +1,10 @@
 // What can be done with a piece, by button, key and pointer alike.
 import type { Piece } from '../../api/types.ts';
 import { formatNumber, t } from '../../i18n/texts.svelte.ts';
+import type { DraggedClip } from '../../lib/draggedClip.ts';
 import { framesPerSecond } from '../../lib/timecode.ts';
 import { notices } from '../../state/notices.svelte.ts';
+import { player } from '../../state/player.svelte.ts';
 import { project } from '../../state/project.svelte.ts';
 import { selection } from './selection.svelte.ts';
 
@@ -11,6 +13,12 @@ const unknownRate = 25;
 // Seconds of one frame of the clip.
 export function frameOf(piece: Piece): number {
   return 1 / (framesPerSecond(piece.rate) ?? framesPerSecond(project.sequence?.rate) ?? unknownRate);
+}
+
+// Places what was dragged, or its marked range, at the end or before the piece at that index.
+export function dropClip({ repository, clip, name }: DraggedClip, at: number | null): void {
+  const range = player.rangeOf(repository, clip);
+  void project.place({ repository, clip, ...range, ...(at === null ? {} : { at }) }, name);
 }
 
 export async function movePiece(piece: Piece, index: number): Promise<void> {

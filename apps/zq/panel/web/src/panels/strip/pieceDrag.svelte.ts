@@ -1,14 +1,13 @@
 // A piece that is moved or trimmed by the pointer. A mouse or pen drags at once; a finger that moves scrolls the strip,
 // and drags once it has rested on a piece.
 import type { Piece } from '../../api/types.ts';
+import { FingerRest } from '../../lib/FingerRest.ts';
 import { indexAfterMove, insertionAt, type Edge } from '../../lib/stripLayout.ts';
 import { movePiece } from './actions.ts';
 import { trim } from './trim.svelte.ts';
 import { view } from './view.svelte.ts';
 
 const beginsDrag = 5; // pixels that a mouse moves before it drags
-const staysTap = 10; // pixels that a finger may move while it rests
-const rest_ms = 380;
 const edge = 34; // pixels at the ends of the view in which a drag scrolls
 const fastest = 18; // pixels that it scrolls at each picture
 
@@ -23,7 +22,7 @@ class PieceDrag {
   now = $state.raw<Drag | null>(null);
   place = $state<number | null>(null); // where what is dragged would go
   #clientX = 0;
-  #resting: { timer: ReturnType<typeof setTimeout>; x: number; y: number } | null = null;
+  #rest = new FingerRest();
   #drawing = 0;
 
   // True while the pointer has the piece, so that a finger must not scroll the strip.
@@ -45,20 +44,14 @@ class PieceDrag {
       begin(false);
       return;
     }
-    const timer = setTimeout(() => {
-      this.#resting = null;
+    this.#rest.begin(event, () => {
       begin(true);
       this.place = piece.index;
-      navigator.vibrate?.(12);
-    }, rest_ms);
-    this.#resting = { timer, x: event.clientX, y: event.clientY };
+    });
   }
 
   move(event: PointerEvent): void {
-    const resting = this.#resting;
-    if (resting !== null && Math.hypot(event.clientX - resting.x, event.clientY - resting.y) > staysTap) {
-      this.#rest();
-    }
+    this.#rest.move(event);
     this.#clientX = event.clientX;
     if (this.now === null) {
       return;
@@ -95,9 +88,9 @@ class PieceDrag {
   }
 
   // Something from elsewhere is dragged over the strip.
-  over(event: DragEvent): void {
-    scrollAtEdge(event.clientX);
-    this.place = insertionAt(this.#inTrack(event.clientX), view.boxes);
+  over(clientX: number): void {
+    scrollAtEdge(clientX);
+    this.place = insertionAt(this.#inTrack(clientX), view.boxes);
   }
 
   leave(): void {
@@ -130,13 +123,8 @@ class PieceDrag {
     }
   }
 
-  #rest(): void {
-    clearTimeout(this.#resting?.timer);
-    this.#resting = null;
-  }
-
   #end(): void {
-    this.#rest();
+    this.#rest.end();
     cancelAnimationFrame(this.#drawing);
     this.now = null;
     this.place = null;
