@@ -133,7 +133,8 @@ void MediaInput::choose(AVStream const& stream) noexcept {
 MediaInput::Read MediaInput::read(AVPacket& packet) noexcept {
     for (;;) {
         error_ = isTaskCancelled() ? AVERROR_EXIT : av_read_frame(container_.get(), &packet);
-        // A packet that could not be read to its end was passed over, and the one behind it shows a wrong picture.
+        // A packet that could not be read to its end was passed over, and the one behind it shows a wrong
+        // picture.
         if (io_.hasFailed()) {
             av_packet_unref(&packet);
             return Read::failed;
