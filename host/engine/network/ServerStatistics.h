@@ -18,8 +18,7 @@ struct ServerStatistics {
     std::uint64_t failures = 0;   // calls without a whole answer, cancelled ones counted
     std::uint64_t refusals = 0;   // calls with a whole answer of status 400 or above
     std::uint64_t rejections = 0; // of these: the server blames the request, and does nothing of it
-    std::uint64_t relayed =
-        0; // of these: a server before the asked one speaks, and does not know what that does
+    std::uint64_t relayed = 0;    // of these: one before that server speaks, who cannot know what it did
     std::uint64_t bytesSent = 0;
     std::uint64_t bytesReceived = 0; // as they came over the line
     std::chrono::microseconds totalTime{0};

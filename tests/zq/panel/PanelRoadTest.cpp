@@ -174,6 +174,13 @@ TEST_F(PanelRoad, APreviewWhoseServiceFailsInPassingIsLateSaysWhyAndGoesOn) {
     EXPECT_TRUE(content.isLate());
     EXPECT_THAT(panel().events(), HasSubstr(R"("clip":")" + id + R"(","reason":"service_failed")"));
     EXPECT_EQ(panel().countEvents("preview"), 1U) << "each try that fails is no news";
+    Response const other = panel().call("GET", "/clips/{clip}/preview", {id});
+    EXPECT_EQ(read(*other.content, 0, 100).size(), 100U);
+    EXPECT_EQ(panel().countEvents("preview"), 2U) << "another request has bytes";
+    while (panel().countEvents("preview") < 3U) {
+        ASSERT_EQ(read(content, middle, 1), "");
+        ASSERT_TRUE(content.isLate()) << "and this one is late still, and says so again";
+    }
     desk().clear();
     std::string came;
     while (came.empty()) {
@@ -181,7 +188,7 @@ TEST_F(PanelRoad, APreviewWhoseServiceFailsInPassingIsLateSaysWhyAndGoesOn) {
         ASSERT_TRUE(!came.empty() || content.isLate());
     }
     EXPECT_FALSE(content.isLate());
-    EXPECT_EQ(panel().countEvents("preview"), 2U);
+    EXPECT_EQ(panel().countEvents("preview"), 4U);
     EXPECT_THAT(panel().events(), HasSubstr(R"("clip":")" + id + R"(","reason":"")"));
     std::string const whole = RoadHost::readThroughHost(panel().desk().knownClip(id).value().previewPath);
     EXPECT_TRUE(road_tests::same(came, whole.substr(middle, 1'000)));

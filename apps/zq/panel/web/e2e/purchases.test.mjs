@@ -54,6 +54,16 @@ async function confirm(panel) {
 const is = (panel, state) =>
   panel.purchase.getByText(t(`basket.purchase.${state}`), { exact: true }).waitFor();
 
+// In doubt until the account tells, and not sent again.
+async function isDecidedBySigningIn(panel) {
+  await panel.openDrawer('basket');
+  await is(panel, 'doubtful');
+  await signIn(panel);
+  await panel.openDrawer('basket');
+  await is(panel, 'done');
+  assert.equal(await world.service.met(buying), 1, 'it was sent once');
+}
+
 // Every order that reaches the service is counted from here on.
 const countOrders = () => world.service.goWrong({ command: buying }, 'delay', { ms: 1 }, 50);
 
@@ -143,12 +153,7 @@ test('an order whose program is killed before the answer came is in doubt until 
   await panel.until(async () => (await world.service.met(buying)) === 1);
   await killAndStartAgain();
   panel = await open();
-  await panel.openDrawer('basket');
-  await is(panel, 'doubtful');
-  await signIn(panel);
-  await panel.openDrawer('basket');
-  await is(panel, 'done');
-  assert.equal(await world.service.met(buying), 1, 'it was sent once');
+  await isDecidedBySigningIn(panel);
   const owned = await panel.get('repositories/T7/owned');
   assert.deepEqual(owned.clips.map((clip) => clip.name), ['Red car']);
 });
@@ -191,12 +196,7 @@ test('an order of a terminal that is killed before the answer came is in doubt i
   terminal.write(`${account.password}\n`);
   await panel.until(async () => (await world.service.met(buying)) === 1);
   await terminal.kill();
-  await panel.openDrawer('basket');
-  await is(panel, 'doubtful');
-  await signIn(panel);
-  await panel.openDrawer('basket');
-  await is(panel, 'done');
-  assert.equal(await world.service.met(buying), 1, 'it was sent once');
+  await isDecidedBySigningIn(panel);
 });
 
 test('an order that has not reached the program is not bought, not even when it arrives later', async () => {

@@ -6,8 +6,8 @@ const place = 'key';
 let own = '';
 
 // Takes the key out of the page that has just entered, whose address, with the token in it, is left.
-export function takePageKey(page: Document = document, pages: History = history): void {
-  const said = (name: string) => page.querySelector<HTMLMetaElement>(`meta[name="${name}"]`);
+export function takePageKey(): void {
+  const said = (name: string) => document.querySelector<HTMLMetaElement>(`meta[name="${name}"]`);
   const key = said('zq-panel-key');
   const address = said('zq-panel-address');
   if (key === null || address === null) {
@@ -16,7 +16,7 @@ export function takePageKey(page: Document = document, pages: History = history)
   own = key.content;
   // The storage is that of this port: pages that were opened without the token, and this one anew, find it there.
   write(place, own);
-  pages.replaceState(pages.state, '', address.content);
+  history.replaceState(history.state, '', address.content);
   key.remove();
   address.remove();
 }
