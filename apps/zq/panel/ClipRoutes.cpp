@@ -1,6 +1,7 @@
 // The routes of clips: searches, what is owned, pictures, previews.
 
 #include <chrono>
+#include <limits>
 #include <optional>
 #include <utility>
 
@@ -28,6 +29,7 @@ constexpr std::uint32_t largestPageSize = 500;
 constexpr std::uint32_t usualPageSize = 50;
 constexpr std::size_t longestWords_bytes = 1'000;
 constexpr std::size_t longestAsker_bytes = 64;
+constexpr std::uint32_t latestTurn = std::numeric_limits<std::uint32_t>::max();
 constexpr std::uint32_t day_s = 86'400;
 // A browser has few connections to one program: a picture that is slow must not keep one.
 constexpr std::chrono::milliseconds longestWaitForPicture{700};
@@ -48,9 +50,10 @@ std::shared_ptr<Pictures> makePictures(Panel const& panel) {
     return std::make_shared<Pictures>(prefetch, fetchOne, *cache);
 }
 
-// Which page asks: its searches give way to its own alone.
-std::string askerOf(Request const& request) {
-    return queryText(request, "asker", longestAsker_bytes);
+// Which page asks, whose searches give way to its own alone, and how many it has made.
+RepositoryDesk::SearchTurn turnOf(Request const& request, std::uint32_t otherwise) {
+    return {queryText(request, "asker", longestAsker_bytes),
+            queryNumber(request, "turn", otherwise, 0, latestTurn)};
 }
 
 Response search(Panel const& panel, std::shared_ptr<Pictures> const& pictures, Request const& request) {
@@ -65,11 +68,11 @@ Response search(Panel const& panel, std::shared_ptr<Pictures> const& pictures, R
         page = pageJson(session, desk, {query.page, query.pageSize, found.pageCount, found.totalCount},
                         found.assets);
     };
-    std::string const asker = askerOf(request);
+    RepositoryDesk::SearchTurn const turn = turnOf(request, 0);
     if (pictures && query.page == 1) {
-        pictures->forget(asker); // a search begins with its first page
+        pictures->forget(turn.asker); // a search begins with its first page
     }
-    SearchResults const results = desk.search(asker, query, tell);
+    SearchResults const results = desk.search(turn, query, tell);
     if (pictures) {
         std::vector<WideString> addresses;
         for (RemoteAsset const& asset : results.assets) {
@@ -77,7 +80,7 @@ Response search(Panel const& panel, std::shared_ptr<Pictures> const& pictures, R
                 addresses.push_back(clip->thumbnailAddress);
             }
         }
-        pictures->want(asker, addresses);
+        pictures->want(turn.asker, addresses);
     }
     return jsonAnswer(std::move(page));
 }
@@ -204,7 +207,7 @@ void addClipRoutes(Routes& routes, Panel const& panel) {
         {"GET", "/api/repositories/{repository}/search",
          [&panel, pictures](Request const& request) { return search(panel, pictures, request); }});
     routes.push_back({"DELETE", "/api/repositories/{repository}/search", [&panel](Request const& request) {
-                          panel.desk(request.captures.at(0)).cancelSearch(askerOf(request));
+                          panel.desk(request.captures.at(0)).cancelSearch(turnOf(request, latestTurn));
                           return jsonAnswer("{}");
                       }});
     routes.push_back({"GET", "/api/repositories/{repository}/owned",

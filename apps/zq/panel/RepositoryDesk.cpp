@@ -75,9 +75,15 @@ class RepositoryDesk::Implementation {
 public:
     // What tells one search from another.
     struct Search {
-        std::string asker;
+        SearchTurn turn;
         WideString words;
         std::uint16_t page = 0;
+
+        [[nodiscard]] bool replaces(Search const& older) const {
+            return older.turn.asker == turn.asker &&
+                   (older.turn.number < turn.number ||
+                    (older.turn.number == turn.number && (older.words != words || older.page == page)));
+        }
     };
 
     Implementation(Session::Surroundings surroundings, EventHub& hub, GivenLinks& givenLinks,
@@ -107,18 +113,19 @@ public:
         }
     }
 
-    void enqueue(Turn turn, std::function<void(Session&)> work, std::optional<Search> search = {}) {
+    // False where the work is not wanted, which is dropped then.
+    bool enqueue(Turn turn, std::function<void(Session&)> work, std::optional<Search> search = {}) {
         std::deque<Piece> dropped;
         {
             std::lock_guard const lock(mutex_);
             if (ended_) {
-                return;
+                return false;
             }
             if (search) {
-                dropped = dropSearches([&](Search const& older) {
-                    return older.asker == search->asker &&
-                           (older.words != search->words || older.page == search->page);
-                });
+                if (isOvertaken(*search)) {
+                    return false;
+                }
+                dropped = dropSearches([&](Search const& older) { return search->replaces(older); });
             }
             auto const place = turn == Turn::inOrder
                                    ? waiting_.end()
@@ -127,6 +134,7 @@ public:
                 place, {turn, std::move(work), std::make_shared<engine::TaskState>(), std::move(search)});
         }
         wake_.notify_all();
+        return true;
     }
 
     // For whoever will wait for the end of a piece.
@@ -136,10 +144,12 @@ public:
         }
     }
 
-    void cancelSearches(std::string const& asker) {
+    void cancelSearches(SearchTurn const& last) {
         std::deque<Piece> dropped;
         std::lock_guard const lock(mutex_);
-        dropped = dropSearches([&](Search const& older) { return older.asker == asker; });
+        dropped = dropSearches([&](Search const& one) {
+            return one.turn.asker == last.asker && one.turn.number <= last.number;
+        });
     }
 
     void tellChanges() {
@@ -224,6 +234,14 @@ private:
         }
     }
 
+    [[nodiscard]] bool isOvertaken(Search const& search) const {
+        auto const isLater = [&](Piece const& piece) {
+            return piece.search && piece.search->turn.asker == search.turn.asker &&
+                   piece.search->turn.number > search.turn.number;
+        };
+        return (running_ && isLater(*running_)) || std::ranges::any_of(waiting_, isLater);
+    }
+
     // The pieces end without the lock, and with them the wait of whoever asked.
     template <class Condition>
     std::deque<Piece> dropSearches(Condition const& unwanted) {
@@ -295,14 +313,12 @@ void RepositoryDesk::post(std::function<void(Session&)> work, Turn turn) {
     });
 }
 
-void RepositoryDesk::cancelSearch(std::string const& asker) {
-    implementation_->cancelSearches(asker);
+void RepositoryDesk::cancelSearch(SearchTurn const& last) {
+    implementation_->cancelSearches(last);
 }
 
-SearchResults RepositoryDesk::search(std::string const& asker, SearchQuery const& query,
-                                     WhenFound whenFound) {
+SearchResults RepositoryDesk::search(SearchTurn const& turn, SearchQuery const& query, WhenFound whenFound) {
     implementation_->refuseOwnThread();
-    implementation_->memory.setWords(shortName(), utf8(query.words));
     auto task = std::make_shared<std::packaged_task<SearchResults(Session&)>>([this, query,
                                                                                whenFound](Session& session) {
         Changes const changes(*this);
@@ -328,9 +344,12 @@ SearchResults RepositoryDesk::search(std::string const& asker, SearchQuery const
         return results;
     });
     std::future<SearchResults> result = task->get_future();
-    implementation_->enqueue(
+    bool const isWanted = implementation_->enqueue(
         Turn::inOrder, [held = std::move(task)](Session& session) { (*held)(session); },
-        Implementation::Search{asker, query.words, query.page});
+        Implementation::Search{turn, query.words, query.page});
+    if (isWanted) {
+        implementation_->memory.setWords(shortName(), utf8(query.words));
+    }
     return waitFor(std::move(result));
 }
 

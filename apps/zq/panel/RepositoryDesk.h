@@ -2,6 +2,7 @@
 // may know of its clips.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <future>
 #include <memory>
@@ -80,13 +81,20 @@ public:
     // The same without waiting; what it throws goes to the log. Thread: any.
     void post(std::function<void(Session&)> work, Turn turn = Turn::inOrder);
 
-    // Cancels the searches of that asker that run or wait. Thread: any.
-    void cancelSearch(std::string const& asker);
+    // Which of an asker's searches; requests for several pages of it may share one.
+    struct SearchTurn {
+        std::string asker;
+        std::uint32_t number = 0; // rises with each search
+    };
+    // Cancels the searches of that asker up to that number that run or wait. Thread: any.
+    void cancelSearch(SearchTurn const& last);
     // The search of `query`; its clips are known from then on, and its words are remembered. Cancels the
-    // asker's own for other words, and older ones for the same page. What was found is shown to `whenFound`
-    // on the desk's thread, before this returns. Throws as ask, ApiError(conflict) when cancelled.
+    // asker's own of lower numbers, and of the same number those for other words or for the same page; gives
+    // way itself to one of a higher number that runs or waits, since requests may arrive in another order
+    // than they were made in. What was found is shown to `whenFound` on the desk's thread, before this
+    // returns. Throws as ask, ApiError(conflict) when cancelled.
     using WhenFound = std::function<void(Session& session, SearchResults const& found)>;
-    SearchResults search(std::string const& asker, SearchQuery const& query, WhenFound whenFound = {});
+    SearchResults search(SearchTurn const& turn, SearchQuery const& query, WhenFound whenFound = {});
 
     // Clips that a search, the owned list or a look-up has shown: the 10,000 used last. Thread: any.
     [[nodiscard]] std::optional<KnownClip> knownClip(std::string const& id) const;

@@ -195,7 +195,7 @@ TEST_F(PanelValues, OfRepositoriesHaveTheMembersOfTheDocument) {
     hold({"Field", {get(of + "/login")}, "form", {"form.rich"}, {"text", "label"}});
     hold({"Result of a sign-in", {post(of + "/login", R"({"values":{"user":"ada"}})")}, "", {}, {}});
     hold({"Option", {get(of + "/options")}, "groups", {}, {"choice", "boolean"}});
-    hold({"Page of clips", {get(of + "/search")}, "", {"clips"}, {"asker"}});
+    hold({"Page of clips", {get(of + "/search")}, "", {"clips"}, {"asker", "turn"}});
     hold({"Clip", {get(of + "/clips/{clip}")}, "", {"attributes"}, {}});
 }
 

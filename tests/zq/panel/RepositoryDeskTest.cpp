@@ -49,9 +49,9 @@ protected:
         return made;
     }
     // How a search ends: the name of its clip, or the code of its failure.
-    std::string search(SearchQuery const& wanted, std::string const& asker = "") {
+    std::string search(SearchQuery const& wanted, RepositoryDesk::SearchTurn const& turn = {}) {
         try {
-            SearchResults const found = handlers_.desk().search(asker, wanted);
+            SearchResults const found = handlers_.desk().search(turn, wanted);
             return std::string(
                 found.assets.at(0).logAttributes.find(LogAttribute(LogAttribute::eName)).view());
         } catch (ApiError const& error) {
@@ -82,8 +82,9 @@ TEST_F(Desk, WorkRunsInItsOrderOnOneThreadOfItsOwn) {
 }
 
 TEST_F(Desk, WhatAsksNobodyRunsBeforeTheSearchesThatWait) {
-    std::future<std::string> running =
-        std::async(std::launch::async, [this] { return search(query(L"wait"), "one"); });
+    std::future<std::string> running = std::async(std::launch::async, [this] {
+        return search(query(L"wait"), {"one", 0});
+    });
     began_.acquire();
     std::vector<std::string> order;
     auto const post = [&](char const* name, Turn turn) {
@@ -103,8 +104,9 @@ TEST_F(Desk, WhatAsksNobodyRunsBeforeTheSearchesThatWait) {
 TEST_F(Desk, HowItsServerIsReachedIsKnownWhileItIsBusy) {
     repository_->description.connection.server = L"a.example:8443";
     handlers_.flush();
-    std::future<std::string> running =
-        std::async(std::launch::async, [this] { return search(query(L"wait"), "one"); });
+    std::future<std::string> running = std::async(std::launch::async, [this] {
+        return search(query(L"wait"), {"one", 0});
+    });
     began_.acquire();
     EXPECT_EQ(zq::utf8(handlers_.desk().connection().server), "a.example:8443");
     goOn_ = true;
@@ -185,7 +187,9 @@ TEST_F(Desk, ASearchCanBeCancelled) {
 
 TEST_F(Desk, APagesSearchesGiveWayToItsOwnAndToNoOthers) {
     auto const begin = [this](wchar_t const* words, char const* asker) {
-        return std::async(std::launch::async, [this, words, asker] { return search(query(words), asker); });
+        return std::async(std::launch::async, [this, words, asker] {
+            return search(query(words), {asker, 0});
+        });
     };
     std::future<std::string> running = begin(L"wait", "one");
     began_.acquire();
@@ -199,6 +203,42 @@ TEST_F(Desk, APagesSearchesGiveWayToItsOwnAndToNoOthers) {
     goOn_ = true;
     EXPECT_EQ(running.get(), "wait");
     EXPECT_EQ(another.get(), "tape");
+}
+
+TEST_F(Desk, ASearchThatArrivesLateGivesWayToThoseThatWereMadeAfterIt) {
+    std::future<std::string> running = std::async(std::launch::async, [this] {
+        return search(query(L"wait"), {"one", 7});
+    });
+    began_.acquire();
+    EXPECT_EQ(search(query(L"old"), {"one", 6}), "conflict");
+    EXPECT_EQ(search(query(L"wait"), {"one", 6}), "conflict")
+        << "the same words, before an option was changed";
+    EXPECT_EQ(text(handlers_.json("GET", ""), "words"), "wait");
+    static_cast<void>(handlers_.call("DELETE", "/search", {}, {{"asker", "one"}, {"turn", "6"}}));
+    std::future<std::string> next = std::async(std::launch::async, [this] {
+        return search(query(L"wait", 2), {"one", 7});
+    });
+    std::future<std::string> other = std::async(std::launch::async, [this] {
+        return search(query(L"tape"), {"two", 1});
+    });
+    goOn_ = true;
+    EXPECT_EQ(running.get(), "wait");
+    EXPECT_EQ(next.get(), "wait");
+    EXPECT_EQ(other.get(), "tape");
+    EXPECT_EQ(search(query(L"car"), {"one", 8}), "car");
+}
+
+TEST_F(Desk, AnAskersNextSearchTakesThePlaceOfAllPagesOfTheOneBefore) {
+    std::future<std::string> running = std::async(std::launch::async, [this] {
+        return search(query(L"wait", 2), {"one", 1});
+    });
+    began_.acquire();
+    std::future<std::string> next = std::async(std::launch::async, [this] {
+        return search(query(L"wait"), {"one", 2});
+    });
+    EXPECT_EQ(running.get(), "conflict");
+    goOn_ = true;
+    EXPECT_EQ(next.get(), "wait") << "the same words, after an option was changed";
 }
 
 TEST_F(Desk, TheNameOfAnAskerIsBounded) {

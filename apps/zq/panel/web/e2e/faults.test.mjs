@@ -51,13 +51,16 @@ test('a search that the service refuses says so, and trying again finds the clip
 test('while a search is slow the page shows it, can be typed into, and the search can be stopped', async () => {
   const panel = await open();
   await panel.clips.first().waitFor();
-  await world.service.goWrong({ command: 'search' }, 'delay', { ms: 60_000 });
+  await world.service.goWrong({ command: 'search' }, 'delay', { ms: 60_000 }, 20);
+  const asked = [];
+  panel.page.on('request', (request) => request.url().includes('words=sea&') && asked.push(request.url()));
   await panel.words.fill('sea');
-  await panel.words.press('Enter');
   await panel.page.getByRole('progressbar', { name: t('results.searching') }).waitFor();
+  await panel.words.press('Enter');
   await panel.words.press('End');
   await panel.page.keyboard.type(' x');
   assert.equal(await panel.words.inputValue(), 'sea x');
+  assert.equal(asked.length, 1, 'the search that runs is not begun anew by Enter');
   await panel.words.fill('sea');
   await panel.button('results.stop').click();
   await panel.page.getByRole('progressbar').waitFor({ state: 'detached' });

@@ -97,6 +97,20 @@ for (const view of ['grid', 'list']) {
   });
 }
 
+test('a search that was stopped leaves the clips before it, and as one scrolls their pages come', async () => {
+  const panel = await open('list');
+  await world.service.goWrong({ command: 'search' }, 'delay', { ms: 60_000 }, 20);
+  await panel.words.fill('Reel 001');
+  await panel.words.press('Enter');
+  await panel.button('results.stop').click();
+  await world.service.goRight();
+  await panel.page.getByRole('progressbar').waitFor({ state: 'detached' });
+  await wheelTo(panel, count - 1, 700);
+  const last = panel.page.locator(`[role="grid"] [data-index="${count - 1}"][aria-busy="false"] .name`);
+  await last.waitFor();
+  assert.match(await last.textContent(), /Reel \d+/);
+});
+
 test('a button that was pressed keeps the focus on its own clip', async () => {
   const panel = await open('grid');
   // Of a row that has no other reason to stay in the document.

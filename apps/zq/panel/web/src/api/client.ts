@@ -51,10 +51,12 @@ export const setOption = (repository: string, group: number, index: number, valu
 // This page, told from others at the same program: a search gives way to those of its own page alone.
 const asker = newKey();
 
-export const search = (repository: string, words: string, page: number, pageSize: number, signal?: Signal) =>
-  request<PageOfClips>(of(repository, 'search'), { query: { words, page, pageSize, asker }, signal });
-export const cancelSearch = (repository: string) =>
-  request<object>(of(repository, 'search'), { method: 'DELETE', query: { asker } });
+// `turn`: which of this page's searches. Requests may arrive in another order than they were made in.
+export const search = (repository: string, words: string, page: number, pageSize: number, turn: number, signal?: Signal) =>
+  request<PageOfClips>(of(repository, 'search'), { query: { words, page, pageSize, asker, turn }, signal });
+// Those up to that turn.
+export const cancelSearch = (repository: string, turn: number) =>
+  request<object>(of(repository, 'search'), { method: 'DELETE', query: { asker, turn } });
 export const getOwned = (repository: string, signal?: Signal) =>
   request<PageOfClips>(of(repository, 'owned'), { signal });
 export const getClip = (repository: string, clip: string, signal?: Signal) =>

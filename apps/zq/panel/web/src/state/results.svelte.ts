@@ -12,6 +12,11 @@ export interface Source {
   owned: boolean;
 }
 
+interface Running {
+  source: Source;
+  control: AbortController;
+}
+
 export type Phase = 'idle' | 'running' | 'done' | 'failed';
 
 const defaultPageSize = 50;
@@ -19,6 +24,7 @@ const defaultPageSize = 50;
 export const mostToLoad = 2000;
 
 class Results {
+  // What is on screen came from there, also while another search runs.
   source = $state.raw<Source>({ repository: '', words: '', owned: false });
   phase = $state<Phase>('idle');
   failure = $state.raw<ApiError | null>(null);
@@ -43,49 +49,45 @@ class Results {
   #pages = new Set<number>();
   #stale = new Set<number>();
   #wanted: number[] = [];
-  #control: AbortController | null = null;
+  #running: Running | null = null;
+  #turn = 0; // of the latest search, the number that the program knows it by
   #loading = false;
 
   // Asks for the first page, in the place of whatever was asked for before. False when it failed or was replaced.
   async run(source: Source): Promise<boolean> {
-    const wasRunning = this.#control !== null;
-    this.#control?.abort();
-    const control = new AbortController();
-    this.#control = control;
+    const before = this.#running?.source;
+    // A search of the same repository gives way to the new one by itself.
+    this.#leave(source.owned || source.repository !== before?.repository);
+    const running = { source, control: new AbortController() };
+    this.#running = running;
+    this.#turn++;
     this.#wanted = [];
     this.phase = 'running';
     this.failure = null;
-    try {
-      if (wasRunning && !this.source.owned) {
-        await api.cancelSearch(this.source.repository).catch(() => undefined);
-      }
-      if (control.signal.aborted) {
-        return false;
-      }
+    if (this.generation === 0) {
       this.source = source;
-      const answer = await ask(source, 1, defaultPageSize, control.signal);
-      this.#begin(answer);
+    }
+    try {
+      this.#begin(source, await this.#ask(source, 1, defaultPageSize, running.control.signal));
       return true;
     } catch (error) {
-      if (!isAbort(error) && control === this.#control) {
-        this.#fail(asApiError(error));
+      if (!isAbort(error) && running === this.#running) {
+        this.#fail(source, asApiError(error));
       }
       return false;
     } finally {
-      if (control === this.#control) {
-        this.#control = null;
+      if (running === this.#running) {
+        this.#running = null;
         void this.#load();
       }
     }
   }
 
   // Stops the search that runs; what was on screen before stays.
-  async stop(): Promise<void> {
+  stop(): void {
     if (this.phase === 'running') {
-      this.#control?.abort();
-      this.#control = null;
+      this.#leave(true);
       this.phase = this.generation === 0 ? 'idle' : 'done';
-      await api.cancelSearch(this.source.repository).catch(() => undefined);
     }
   }
 
@@ -117,7 +119,27 @@ class Results {
     void this.#load();
   }
 
-  #begin(answer: PageOfClips): void {
+  // Waits no longer for the search that runs; `cancel`: has the program stop it too.
+  #leave(cancel: boolean): void {
+    if (this.#running !== null) {
+      const { source, control } = this.#running;
+      this.#running = null;
+      control.abort();
+      if (cancel && !source.owned) {
+        api.cancelSearch(source.repository, this.#turn).catch(() => undefined);
+        this.#turn++; // what is asked from here on is not meant
+      }
+    }
+  }
+
+  #ask(source: Source, page: number, pageSize: number, signal?: AbortSignal): Promise<PageOfClips> {
+    return source.owned
+      ? api.getOwned(source.repository, signal)
+      : api.search(source.repository, source.words, page, pageSize, this.#turn, signal);
+  }
+
+  #begin(source: Source, answer: PageOfClips): void {
+    this.source = source;
     this.#pageSize = this.source.owned ? Math.max(answer.clips.length, 1) : answer.pageSize || defaultPageSize;
     const total = this.source.owned ? answer.clips.length : answer.totalCount;
     this.phase = 'done';
@@ -125,7 +147,8 @@ class Results {
     this.#pages.add(1);
   }
 
-  #fail(failure: ApiError): void {
+  #fail(source: Source, failure: ApiError): void {
+    this.source = source;
     this.phase = 'failed';
     this.failure = failure;
     this.#show([], 0);
@@ -168,7 +191,7 @@ class Results {
     const generation = this.generation;
     const isAnew = this.#stale.delete(page);
     try {
-      const answer = await ask(this.source, page, this.#pageSize);
+      const answer = await this.#ask(this.source, page, this.#pageSize);
       if (generation !== this.generation || this.phase !== 'done') {
         return;
       }
@@ -188,12 +211,6 @@ class Results {
       }
     }
   }
-}
-
-function ask(source: Source, page: number, pageSize: number, signal?: AbortSignal): Promise<PageOfClips> {
-  return source.owned
-    ? api.getOwned(source.repository, signal)
-    : api.search(source.repository, source.words, page, pageSize, signal);
 }
 
 export const results = new Results();

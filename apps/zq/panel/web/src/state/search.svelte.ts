@@ -44,6 +44,13 @@ class Search {
     this.#typing.later();
   }
 
+  // What is typed, by Enter. Often the search for it runs already, since the typing had paused.
+  async submit(): Promise<void> {
+    if (results.phase !== 'running' || this.#current === null || !isSameSearch(this.#current, this.#snapshot(0))) {
+      await this.run();
+    }
+  }
+
   // Searches with what is typed and chosen.
   async run(): Promise<void> {
     this.#typing.cancel();
