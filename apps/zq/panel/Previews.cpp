@@ -155,13 +155,15 @@ Previews::Preview Previews::open(WideString const& path, Tell tell) {
         throw ApiError(ErrorCode::notFound, "the clip has no preview", Reason::noPreview);
     }
     std::array<char, 16> head{};
-    std::uint64_t const size = file->getSize();
+    // Asked for twice where the first time fails, as while a service is still making the preview.
+    static_cast<void>(file->getSize());
     std::int64_t const count = file->read(head.data(), static_cast<std::uint32_t>(head.size()));
     if (count < 0) {
         throw ApiError(ErrorCode::failed,
                        "the preview cannot be read: its server cannot be reached or refuses",
                        troubleOf(*file).reason);
     }
+    std::uint64_t const size = file->getSize();
     if (size == 0) {
         throw ApiError(ErrorCode::notFound, "the server has no such preview", Reason::noPreview);
     }

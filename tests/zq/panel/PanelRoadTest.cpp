@@ -206,6 +206,16 @@ TEST_F(PanelRoad, APreviewAndAPictureThatTheServiceDoesNotGiveAreFailures) {
     EXPECT_EQ(panel().failureOf("GET", "/clips/{clip}/thumbnail", {id}), "none");
 }
 
+TEST_F(PanelRoad, APreviewThatTheServiceGivesAtALaterTryIsNotCalledMissing) {
+    std::string const id = find("car");
+    tarn7d::FaultRule making = statusRule(503);
+    making.path = "/";
+    making.count = 10; // all that the question for the size makes, and some of what is asked after it
+    (void)desk().add(making);
+    EXPECT_EQ(panel().failureOf("GET", "/clips/{clip}/preview", {id}), "none");
+    EXPECT_EQ(desk().list().at(0).met, 10);
+}
+
 TEST_F(PanelRoad, ASearchThatFailsSaysWhyAndTheNextOneSucceeds) {
     spoil("search", statusRule(503));
     try {

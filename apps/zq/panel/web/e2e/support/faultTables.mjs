@@ -20,7 +20,7 @@ export const commandFaults = [
   status(500),
   status(503),
   ['a page in the place of the answer', 'not-json', {}, unreadable],
-  ['a connection that ends without an answer', 'lost-answer', {}, /closed the connection|Connection died/],
+  ['a connection that ends without an answer', 'lost-answer', {}, /closed the connection|Connection died|cut short/],
 ].map(([name, kind, values, says]) => ({ name, kind, values, says }));
 
 // Of a file: its name, the kind and its numbers. `harmless`: the file comes all the same, however often it happens.
