@@ -21,7 +21,11 @@ beforeEach(async () => {
   panel = await world.openPanel({ faults: true });
   await panel.clips.first().waitFor();
 });
-afterEach(() => world.closePanels());
+afterEach(async () => {
+  await world.service.goRight();
+  await world.relay.mend();
+  await world.closePanels();
+});
 
 test('a sign-in while the service is gone says so, and the same form signs in when it is back', async () => {
   await world.service.goDown();
@@ -113,9 +117,9 @@ test('a preview whose service has ended says so, and plays on from there when it
 
 test('the sequence waits and plays on in the same way', async () => {
   await clearCache();
+  await world.service.goWrong({ path: '/0' }, 'stall', { bytes: 400_000, ms: 60_000 }, 100);
   await panel.place('Long harbour');
   await panel.piece('Long harbour').waitFor();
-  await world.service.goWrong({ path: '/0' }, 'stall', { bytes: 400_000, ms: 60_000 }, 100);
   await panel.page.locator('footer.strip').getByRole('button', { name: t('sequence.play_all'), exact: true }).click();
   const seen = () => player().locator('video.front').evaluate((one) => (one.error === null ? one.currentTime : 0));
   await panel.until(async () => (await seen()) > 0.5, async () => `it does not play: ${await player().textContent()}`);

@@ -40,7 +40,6 @@ after(async () => {
 });
 
 const card = () => panel.drawer.getByRole('article').first();
-const stateOf = async (name) => panel.piece(name).textContent();
 
 // Places the clip and fetches what is owned of the sequence and not there yet: this one.
 async function fetchOne(name) {
@@ -67,7 +66,7 @@ async function isToldAndMended(name, fault, says) {
   const reason = await card().locator('ul li').filter({ hasText: name }).textContent();
   assertReadable(reason, fault.name);
   assert.match(reason, says, fault.name);
-  assert.ok((await stateOf(name)).includes(t('state.preview')), 'the preview stays in the sequence');
+  await panel.piece(name).getByText(t('state.preview')).waitFor(); // it stays in the sequence
   await world.service.goRight();
   await card().getByRole('button', { name: t('tasks.retry.one', { count: 1 }) }).click();
   await panel.piece(name).getByText(t('state.full')).waitFor();

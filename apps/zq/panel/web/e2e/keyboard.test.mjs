@@ -62,6 +62,7 @@ test('sign-in, search, basket, purchase, fetch and export without a pointer', as
   await panel.dialog.waitFor();
   await panel.button('basket.buy_now', panel.dialog).focus();
   await press('Enter');
+  await panel.dialog.waitFor({ state: 'detached' });
   await panel.drawer.getByText(t('basket.purchase.done'), { exact: true }).waitFor();
   await panel.button('basket.fetch', panel.drawer).focus();
   await press('Enter');

@@ -42,8 +42,10 @@ export class Relay {
   }
 
   // At the same port as before.
-  mend() {
-    return this.#listen(this.port);
+  async mend() {
+    if (!this.server.listening) {
+      await this.#listen(this.port);
+    }
   }
 
   async end() {
