@@ -1,5 +1,7 @@
 #include "apps/zq/SequenceView.h"
 
+#include <map>
+
 #include "apps/zq/EditLookup.h"
 #include "apps/zq/Reply.h"
 
@@ -34,11 +36,16 @@ SequencePiece pieceOf(engine::Sequence const& sequence, engine::Placement const&
 }
 
 SequencePiece viewPiece(Session& session, engine::Sequence const& sequence,
-                        engine::Placement const& placement) {
-    SequencePiece piece = pieceOf(
-        sequence, placement, session.engine().project().edit(placement.edit).value_or(engine::EditRecord()));
+                        engine::Placement const& placement, engine::EditRecord edit) {
+    SequencePiece piece = pieceOf(sequence, placement, std::move(edit));
     piece.clipId = clipIdOf(piece.edit, session.shortName());
     return piece;
+}
+
+SequencePiece viewPiece(Session& session, engine::Sequence const& sequence,
+                        engine::Placement const& placement) {
+    return viewPiece(session, sequence, placement,
+                     session.engine().project().edit(placement.edit).value_or(engine::EditRecord()));
 }
 
 SequenceView viewSequence(Session& session, std::string const& name) {
@@ -49,8 +56,9 @@ SequenceView viewSequence(Session& session, std::string const& name) {
     }
     SequenceView view;
     view.sequence = *std::move(sequence);
+    std::map<Cookie, engine::EditRecord> edits = project.editsOf(view.sequence);
     for (engine::Placement const& placement : view.sequence.placements) {
-        view.pieces.push_back(viewPiece(session, view.sequence, placement));
+        view.pieces.push_back(viewPiece(session, view.sequence, placement, edits[placement.edit]));
     }
     return view;
 }

@@ -32,6 +32,9 @@ struct SequenceView {
                                     engine::EditRecord edit);
 // The same with the clip, where it is of the chosen repository.
 [[nodiscard]] SequencePiece viewPiece(Session& session, engine::Sequence const& sequence,
+                                      engine::Placement const& placement, engine::EditRecord edit);
+// The same for a placement that is looked at alone.
+[[nodiscard]] SequencePiece viewPiece(Session& session, engine::Sequence const& sequence,
                                       engine::Placement const& placement);
 
 } // namespace zq

@@ -1,5 +1,7 @@
 #include "apps/zq/panel/SequenceJson.h"
 
+#include <map>
+
 #include "apps/zq/EditLookup.h"
 #include "apps/zq/JsonOutput.h"
 #include "apps/zq/commands/EditListing.h"
@@ -26,10 +28,9 @@ Origin originOf(Panel const& panel, engine::EditRecord const& edit) {
     return {};
 }
 
-void addPiece(JSON::Builder& json, Panel const& panel, engine::Sequence const& sequence, std::size_t index) {
+void addPiece(JSON::Builder& json, Panel const& panel, engine::Sequence const& sequence, std::size_t index,
+              engine::EditRecord const& edit) {
     engine::Placement const& placement = sequence.placements[index];
-    engine::EditRecord const edit =
-        panel.engine.project().edit(placement.edit).value_or(engine::EditRecord());
     Origin const origin = originOf(panel, edit);
     std::uint64_t const task = origin.clip.empty() ? 0 : panel.fetches.taskOf(origin.repository, origin.clip);
     json.startChild(nullptr);
@@ -74,8 +75,9 @@ std::string sequenceJson(Panel const& panel, std::string const& name) {
     addRateFraction(json, "rate", sequence.rate);
     addDecimal(json, "duration", timeOf(sequence.length(), sequence.rate));
     json.startArray("pieces");
+    std::map<Cookie, engine::EditRecord> edits = panel.engine.project().editsOf(sequence);
     for (std::size_t i = 0; i < sequence.placements.size(); ++i) {
-        addPiece(json, panel, sequence, i);
+        addPiece(json, panel, sequence, i, edits[sequence.placements[i].edit]);
     }
     json.endArray();
     json.endChild();

@@ -1,5 +1,6 @@
 #include "apps/zq/panel/UsageJson.h"
 
+#include <map>
 #include <optional>
 #include <set>
 
@@ -41,6 +42,7 @@ SequenceUsage usageOf(Panel const& panel, std::string const& sequence) {
     if (!found) {
         throw ApiError(ErrorCode::notFound, "there is no sequence \"" + sequence + "\"", Reason::noSequence);
     }
+    std::map<Cookie, engine::EditRecord> edits = panel.engine.project().editsOf(*found);
     SequenceUsage usage;
     usage.sequence = found->name;
     std::set<std::int64_t> known; // placements that a repository has claimed
@@ -49,7 +51,7 @@ SequenceUsage usageOf(Panel const& panel, std::string const& sequence) {
             SequenceView view;
             view.sequence = *found;
             for (engine::Placement const& placement : found->placements) {
-                SequencePiece piece = viewPiece(session, *found, placement);
+                SequencePiece piece = viewPiece(session, *found, placement, edits[placement.edit]);
                 if (!piece.clipId.empty()) {
                     view.pieces.push_back(std::move(piece));
                 }
@@ -71,9 +73,7 @@ SequenceUsage usageOf(Panel const& panel, std::string const& sequence) {
     }
     for (engine::Placement const& placement : found->placements) {
         if (!known.contains(placement.number)) {
-            engine::Project& project = panel.engine.project();
-            usage.others.push_back(
-                pieceOf(*found, placement, project.edit(placement.edit).value_or(engine::EditRecord())));
+            usage.others.push_back(pieceOf(*found, placement, edits[placement.edit]));
         }
     }
     return usage;

@@ -1,3 +1,5 @@
+#include <map>
+
 #include "host/engine/interchange/Export.h"
 #include "host/text/Unicode.h"
 #include "host/text/oneLine.h"
@@ -53,8 +55,9 @@ std::optional<ExportSequence> gatherSequence(Project& project, std::string const
     sequence.name = plain(fromUTF8(std::string_view(found->name)));
     sequence.rate = found->rate;
     sequence.length = found->length();
+    std::map<Cookie, EditRecord> edits = project.editsOf(*found);
     for (Placement const& placement : found->placements) {
-        sequence.clips.push_back(describe(placement, project.edit(placement.edit).value_or(EditRecord())));
+        sequence.clips.push_back(describe(placement, edits[placement.edit]));
     }
     return sequence;
 }

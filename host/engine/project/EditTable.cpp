@@ -59,9 +59,16 @@ std::vector<EditRecord> EditTable::all() {
 }
 
 std::optional<EditRecord> EditTable::find(Cookie const& cookie) {
-    std::optional<std::int64_t> const number = numberOf(cookie);
-    std::vector<EditRecord> found = number ? load(number) : std::vector<EditRecord>();
+    std::vector<EditRecord> found = find(std::set<Cookie>{cookie});
     return found.empty() ? std::nullopt : std::optional(std::move(found.front()));
+}
+
+std::vector<EditRecord> EditTable::find(std::set<Cookie> const& cookies) {
+    std::string list;
+    for (Cookie const& cookie : cookies) {
+        list += (list.empty() ? "\"" : ",\"") + cookieText(cookie) + '"';
+    }
+    return load("[" + list + "]");
 }
 
 std::optional<std::int64_t> EditTable::numberOf(Cookie const& cookie) {
@@ -70,12 +77,14 @@ std::optional<std::int64_t> EditTable::numberOf(Cookie const& cookie) {
     return row.step() ? std::optional(row.integer(0)) : std::nullopt;
 }
 
-std::vector<EditRecord> EditTable::load(std::optional<std::int64_t> number) {
-    auto const rowsOf = [this, number](std::string const& select, char const* key, char const* order) {
-        Statement rows = database_.prepare(select + (number ? " WHERE " + std::string(key) + " = ?" : "") +
-                                           " ORDER BY " + order);
-        if (number) {
-            rows.bind(1, *number);
+std::vector<EditRecord> EditTable::load(std::optional<std::string> const& cookies) {
+    auto const rowsOf = [this, &cookies](std::string const& select, char const* key, char const* order) {
+        std::string const among =
+            " IN (SELECT number FROM edit WHERE cookie IN (SELECT value FROM json_each(?)))";
+        Statement rows =
+            database_.prepare(select + (cookies ? " WHERE " + (key + among) : "") + " ORDER BY " + order);
+        if (cookies) {
+            rows.bind(1, std::string_view(*cookies));
         }
         return rows;
     };

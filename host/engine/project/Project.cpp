@@ -104,6 +104,10 @@ std::optional<EditRecord> Project::edit(Cookie const& cookie) {
     return guarded(std::optional<EditRecord>(), [&] { return state_->edit(cookie); });
 }
 
+std::map<Cookie, EditRecord> Project::editsOf(Sequence const& sequence) {
+    return guarded(std::map<Cookie, EditRecord>(), [&] { return state_->editsOf(sequence); });
+}
+
 Result<Placement> Project::place(std::string const& sequence, Cookie const& edit, std::optional<double> in_s,
                                  std::optional<double> out_s, std::optional<std::int64_t> index) {
     return guardedResult<Placement>([&] { return state_->place(sequence, edit, in_s, out_s, index); });

@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -68,6 +69,8 @@ public:
     // The edits that are kept, in the order in which they came to be; and one, temporary ones included.
     [[nodiscard]] std::vector<EditRecord> edits();
     [[nodiscard]] std::optional<EditRecord> edit(Cookie const& cookie);
+    // Those that the sequence's placements show, read together, each once however often it is shown.
+    [[nodiscard]] std::map<Cookie, EditRecord> editsOf(Sequence const& sequence);
 
     // What follows changes sequences, each one step of undo(). Indices count the placements of a sequence
     // from 0; those behind a change move, so that no gap is left.

@@ -1,6 +1,7 @@
 // The edits of a project, in its file and in memory.
 
 #include <algorithm>
+#include <set>
 
 #include "host/engine/crypto/Digest.h"
 #include "host/engine/project/ProjectEdit.h"
@@ -152,6 +153,31 @@ std::optional<EditRecord> ProjectState::edit(Cookie const& cookie) {
                 : reading(std::vector<KeptId>(), [this, &cookie] { return tables_->ids.of(cookie); }));
     }
     return record;
+}
+
+std::map<Cookie, EditRecord> ProjectState::editsOf(Sequence const& sequence) {
+    std::lock_guard const lock(mutex_);
+    std::map<Cookie, EditRecord> edits;
+    std::set<Cookie> stored;
+    for (Placement const& placement : sequence.placements) {
+        Held const* const held = find(placement.edit);
+        if (held != nullptr && held->record) {
+            edits.try_emplace(placement.edit, *held->record);
+        } else {
+            stored.insert(placement.edit);
+        }
+    }
+    return reading(edits, [this, &edits, &stored] {
+        for (EditRecord& record : tables_->edits.find(stored)) {
+            edits.emplace(record.cookie, std::move(record));
+        }
+        for (auto& [cookie, record] : edits) {
+            Held const* const held = find(cookie);
+            record.externalIds =
+                wideIds(held != nullptr && !held->ids.empty() ? held->ids : tables_->ids.of(cookie));
+        }
+        return std::move(edits);
+    });
 }
 
 void ProjectState::handleOpened(Cookie const& cookie) {

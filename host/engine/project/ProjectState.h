@@ -30,6 +30,7 @@ public:
     [[nodiscard]] Zq::Ptr<Edit> openEdit(Cookie const& cookie);
     [[nodiscard]] std::vector<EditRecord> edits();
     [[nodiscard]] std::optional<EditRecord> edit(Cookie const& cookie);
+    [[nodiscard]] std::map<Cookie, EditRecord> editsOf(Sequence const& sequence);
 
     // For the edits themselves.
     void handleOpened(Cookie const& cookie);

@@ -1,5 +1,6 @@
 #include <cmath>
 #include <limits>
+#include <map>
 #include <set>
 
 #include "tests/engine/project/ProjectFixture.h"
@@ -75,6 +76,34 @@ TEST_F(Edits, ATemporaryEditEndsWithTheHost) {
 
     EXPECT_FALSE(project().edit(cookieOf(1)));
     EXPECT_EQ(project().open(cookieOf(1)), nullptr);
+}
+
+TEST_F(Edits, ThoseOfASequenceAreReadTogetherAsEachIsReadAlone) {
+    for (std::uint8_t number = 1; number <= 5; ++number) {
+        makeKeptClip(number, fromUTF8("clip " + std::to_string(number)));
+        project().associate(cookieOf(number), L"T7", fromUTF8(std::to_string(number)));
+    }
+    EditPtr const open(project().open(cookieOf(2)));
+    open->setLogAttributes(named(L"renamed, and not written yet"));
+    for (int const number : {3, 1, 2, 3, 1}) {
+        ASSERT_TRUE(project().place("Cut", cookieOf(static_cast<std::uint8_t>(number)), 0, 1));
+    }
+    engine::Sequence sequence = project().sequence("Cut").value();
+    sequence.placements.push_back(sequence.placements.front());
+    sequence.placements.back().edit = cookieOf(77); // one that is gone
+
+    std::map<Cookie, engine::EditRecord> const edits = project().editsOf(sequence);
+
+    ASSERT_EQ(edits.size(), 3U);
+    for (auto const& [cookie, together] : edits) {
+        engine::EditRecord const alone = project().edit(cookie).value();
+        EXPECT_EQ(together.name(), alone.name());
+        EXPECT_EQ(together.durationInFrames(), alone.durationInFrames());
+        ASSERT_EQ(together.externalIds.size(), 1U);
+        EXPECT_EQ(together.externalIds[0].id, alone.externalIds.at(0).id);
+    }
+    EXPECT_EQ(edits.at(cookieOf(2)).name(), L"renamed, and not written yet");
+    EXPECT_TRUE(project().editsOf(engine::Sequence()).empty());
 }
 
 TEST_F(Edits, AnEditThatIsNoLongerTemporaryIsKeptWithAllThatItHas) {
