@@ -3,9 +3,11 @@
 
 #include "tests/zq/panel/PanelFixture.h"
 
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -34,8 +36,10 @@ protected:
             if (offline_) {
                 ++network_.failures;
                 network_.lastError = "no route";
+                return LightweightVector<RemoteAsset>();
             }
-            return offline_ ? LightweightVector<RemoteAsset>() : owned_;
+            std::lock_guard const lock(mutex_);
+            return owned_;
         };
     }
     std::unique_ptr<Handlers> begin(ShelfRepository& repository) {
@@ -79,7 +83,15 @@ protected:
         network_.lastError = "error " + std::to_string(status);
         return 0;
     }
-    void own(char const* id) { owned_.push_back(ShelfRepository::clip(id, id, "")); }
+    // The desk may be reading the list by itself.
+    void own(char const* id) {
+        std::lock_guard const lock(mutex_);
+        owned_.push_back(ShelfRepository::clip(id, id, ""));
+    }
+    void ownNothing() {
+        std::lock_guard const lock(mutex_);
+        owned_ = {};
+    }
     void signInAs(wchar_t const* user) {
         handlers_->desk().ask([&](zq::Session&) { repository_->signedInUser = user; });
     }
@@ -95,8 +107,9 @@ protected:
     engine::ServerStatistics network_{.server = "https://shelf.example", .lastError = {}};
     std::function<std::int32_t()> answer_ = [] { return 2; };
     std::vector<std::string> sent_;
-    LightweightVector<RemoteAsset> owned_;
-    bool offline_ = false;
+    std::atomic<bool> offline_{false};
+    std::mutex mutex_;
+    LightweightVector<RemoteAsset> owned_; // under the mutex
     std::unique_ptr<Handlers> handlers_;
 };
 

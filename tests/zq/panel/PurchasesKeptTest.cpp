@@ -246,7 +246,7 @@ TEST_F(KeptPurchases, TheDoubtOfOneAccountIsNotAnothers) {
     pass(1h);
     static_cast<void>(handlers_->call("GET", "/owned"));
     EXPECT_EQ(state(), "doubtful") << "his list tells nothing of hers";
-    owned_ = {};
+    ownNothing();
     static_cast<void>(handlers_->call("GET", "/owned"));
     answer_ = [] { return 2; };
     EXPECT_EQ(text(buy("l", "\"1\""), "state"), "done") << "her doubt is none of his";
@@ -308,7 +308,12 @@ protected:
         prepare(*otherRepository_);
         other_ = begin(*otherRepository_);
     }
-    void TearDown() override { other_.reset(); } // as the later one
+    void TearDown() override {
+        if (handlers_ != nullptr) {
+            handlers_->end(); // nothing of the first one runs while the host is given back
+        }
+        other_.reset(); // as the later one
+    }
     [[nodiscard]] std::string failureThere(std::string const& body) {
         return other_->failureOf("POST", "/purchases", {}, {}, body);
     }
