@@ -19,16 +19,9 @@ before(async () => {
   await panel.signIn();
   await panel.signedIn();
   // All of them at once: buying is not what is looked at here.
-  const state = await panel.page.evaluate(async () => {
-    const { clips } = await (await fetch('/api/repositories/T7/search?words=&pageSize=200')).json();
-    const answer = await fetch('/api/repositories/T7/purchases', {
-      method: 'POST',
-      headers: { 'Content-Type': 'application/json', 'X-Zq-Panel-Key': localStorage['zq-panel.key'] },
-      body: JSON.stringify({ key: 'all', clips: clips.map(({ id }) => id), payment: 'credits' }),
-    });
-    return (await answer.json()).state;
-  });
-  assert.equal(state, 'done');
+  const { clips } = await panel.get('repositories/T7/search?words=&pageSize=200');
+  const all = { key: 'all', clips: clips.map(({ id }) => id), payment: 'credits' };
+  assert.equal((await panel.send('POST', 'repositories/T7/purchases', all)).told.state, 'done');
 });
 afterEach(() => world.service.goRight());
 after(async () => {

@@ -151,12 +151,8 @@ test('an address of a service opens in the browser as a page of the web, or not 
   ];
   for (const [index, url] of addresses.entries()) {
     seam.change = (reply, command) => (command === 'purchase_using_cash' ? { ...reply, url } : null);
-    const answer = await panel.page.evaluate(async (body) => {
-      const headers = { 'Content-Type': 'application/json', 'X-Zq-Panel-Key': localStorage['zq-panel.key'] };
-      const sent = await fetch('/api/repositories/T7/purchases', { method: 'POST', headers, body: JSON.stringify(body) });
-      return sent.status;
-    }, { clips: ['5'], payment: 'page', key: `page-${index}` });
-    assert.equal(answer, 200, url);
+    const order = { clips: ['5'], payment: 'page', key: `page-${index}` };
+    assert.equal((await panel.send('POST', 'repositories/T7/purchases', order)).status, 200, url);
     await panel.until(async () => {
       const { purchases } = await panel.get('repositories/T7/purchases');
       return purchases.find((one) => one.key === `page-${index}`).state !== 'running';

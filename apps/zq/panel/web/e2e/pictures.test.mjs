@@ -78,9 +78,7 @@ test('while a search takes its time the basket takes what one puts into it', asy
 test('a picture that is slow is asked for again until it is there, and one that is there is shown at once', async () => {
   await world.service.goWrong({ path: '/icons/' }, 'delay', { ms: 3000 }, 10_000);
   const panel = await world.openPanel();
-  await panel.page.evaluate(() =>
-    fetch('/api/settings/clear-cache', { method: 'POST', headers: { 'Content-Type': 'application/json', 'X-Zq-Panel-Key': localStorage['zq-panel.key'] }, body: '{}' }),
-  );
+  await panel.send('POST', 'settings/clear-cache');
   const asked = [];
   panel.page.on('response', (response) => {
     if (response.url().endsWith('/thumbnail')) {

@@ -76,20 +76,11 @@ async function cannotBuy(panel, name) {
     assert.ok(await panel.button(key, panel.drawer).isDisabled(), key);
   }
   await panel.drawer.locator('.clips li', { hasText: name }).getByText(t('basket.undecided')).waitFor();
-  const answers = await panel.page.evaluate(async () => {
-    const ids = (await (await fetch('/api/repositories/T7/basket')).json()).clips.map((clip) => clip.id);
-    const told = [];
-    for (const payment of ['credits', 'page']) {
-      const answer = await fetch('/api/repositories/T7/purchases', {
-        method: 'POST',
-        headers: { 'Content-Type': 'application/json', 'X-Zq-Panel-Key': localStorage['zq-panel.key'] },
-        body: JSON.stringify({ key: `another ${payment}`, clips: ids, payment }),
-      });
-      told.push(`${answer.status} ${(await answer.json()).error?.reason}`);
-    }
-    return told;
-  });
-  assert.deepEqual(answers, ['409 in_doubt', '409 in_doubt'], 'nor does another page');
+  const clips = (await panel.get('repositories/T7/basket')).clips.map(({ id }) => id);
+  for (const payment of ['credits', 'page']) {
+    const { status, told } = await panel.send('POST', 'repositories/T7/purchases', { key: `another ${payment}`, clips, payment });
+    assert.deepEqual([status, told.error?.reason], [409, 'in_doubt'], 'nor does another page');
+  }
 }
 
 // Killed, and started again on another port, as somebody has taken the old one.
@@ -224,10 +215,7 @@ test('an order that has not reached the program is not bought, not even when it 
   await panel.page.unroute('**/purchases');
   await panel.button('basket.ask', panel.purchase).click();
   await panel.purchase.getByText(t('basket.never_arrived')).waitFor();
-  const late = await panel.page.evaluate(async (body) => {
-    const headers = { 'Content-Type': 'application/json', 'X-Zq-Panel-Key': localStorage['zq-panel.key'] };
-    return (await fetch('/api/repositories/T7/purchases', { method: 'POST', headers, body })).json();
-  }, order);
+  const { told: late } = await panel.send('POST', 'repositories/T7/purchases', JSON.parse(order));
   assert.equal(late.state, 'refused');
   assert.equal(await world.service.met(buying), 0);
   await confirm(panel);

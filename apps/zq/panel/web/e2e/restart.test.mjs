@@ -133,15 +133,9 @@ test('the sequences with their pieces and ranges', async () => {
   await panel.place('Red car');
   await panel.piece('Red car').waitFor();
   assert.deepEqual((await panel.get('project')).sequences, [first]);
-  await panel.page.evaluate(async (name) => {
-    for (const [clip, begin, end] of [['2', 0.5, 1.5], ['3', 0, 1]]) {
-      await fetch(`/api/sequences/${encodeURIComponent(name)}/pieces`, {
-        method: 'POST',
-        headers: { 'Content-Type': 'application/json', 'X-Zq-Panel-Key': localStorage['zq-panel.key'] },
-        body: JSON.stringify({ repository: 'T7', clip, in: begin, out: end }),
-      });
-    }
-  }, second);
+  for (const [clip, begin, end] of [['2', 0.5, 1.5], ['3', 0, 1]]) {
+    await panel.send('POST', `sequences/${encodeURIComponent(second)}/pieces`, { repository: 'T7', clip, in: begin, out: end });
+  }
   const choice = () => panel.page.getByLabel(t('sequence.choose'), { exact: true });
   await choice().selectOption(second);
   await panel.until(async () => (await panel.pieces.count()) === 2, async () => `${await panel.pieces.count()} pieces`);
@@ -165,9 +159,7 @@ test('the language', async () => {
   await startAgain();
   await panel.page.getByRole('button', { name: german['results.all'], exact: true }).waitFor();
   assert.equal(await panel.page.evaluate(() => document.documentElement.lang), 'de');
-  await panel.page.evaluate(() =>
-    fetch('/api/settings', { method: 'PATCH', headers: { 'Content-Type': 'application/json', 'X-Zq-Panel-Key': localStorage['zq-panel.key'] }, body: '{"language":"en"}' }),
-  );
+  await panel.send('PATCH', 'settings', { language: 'en' });
   await panel.button('results.all').waitFor();
 });
 

@@ -19,15 +19,10 @@ export async function openSequence(world, pieces, options = {}) {
   await panel.page.getByRole('textbox', { name: t('sequence.new_name') }).fill(name);
   await panel.page.keyboard.press('Enter');
   const { clips: found } = await panel.get('repositories/T7/search?words=');
-  const places = pieces.map(([title, from, to]) => {
-    const clip = found.find((other) => other.name === title);
-    return { repository: 'T7', clip: clip.id, in: from, out: to };
-  });
-  await panel.page.evaluate(async ([address, list]) => {
-    for (const piece of list) {
-      await fetch(address, { method: 'POST', headers: { 'Content-Type': 'application/json', 'X-Zq-Panel-Key': localStorage['zq-panel.key'] }, body: JSON.stringify(piece) });
-    }
-  }, [`/api/sequences/${encodeURIComponent(name)}/pieces`, places]);
+  for (const [title, from, to] of pieces) {
+    const { id } = found.find((other) => other.name === title);
+    await panel.send('POST', `sequences/${encodeURIComponent(name)}/pieces`, { repository: 'T7', clip: id, in: from, out: to });
+  }
   await panel.until(async () => (await panel.pieces.count()) === pieces.length);
   const told = async () => (await panel.get(`sequences/${encodeURIComponent(name)}`)).pieces;
   // As the page shows it and as the program has it; while they differ, neither is right yet.
