@@ -80,6 +80,13 @@ test('sign-in, search, basket, purchase, fetch and export without a pointer', as
   assert.equal((await focus(panel)).name, t('sequence.export'));
 });
 
+// Whether there is a step is asked of the program: the page hears of the last one only after it shows what came of it.
+test('the key that does something again says so where there is nothing', async () => {
+  const panel = await world.openPanel({ faults: true });
+  await panel.page.keyboard.press('Control+y');
+  await panel.sees(t('failure.reason.nothing_to_redo'));
+});
+
 test('F6 leads through every part of the page and round again', async () => {
   const panel = await world.openPanel();
   await panel.search('');

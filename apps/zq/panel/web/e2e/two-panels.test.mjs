@@ -87,10 +87,8 @@ test('a piece that one panel removes while the other works on it is gone in both
   const two = await world.openPanel({ faults: true });
   await one.place('Green meadow');
   await two.piece('Green meadow').waitFor();
-  await Promise.all([one, two].map(async (panel) => {
-    await panel.piece('Green meadow').focus();
-    await panel.page.keyboard.press('Delete');
-  }));
+  await Promise.all([one, two].map((panel) => panel.piece('Green meadow').focus()));
+  await Promise.all([one, two].map((panel) => panel.page.keyboard.press('Delete')));
   for (const panel of [one, two]) {
     await panel.piece('Green meadow').waitFor({ state: 'detached' });
   }
